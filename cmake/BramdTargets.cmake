@@ -1,0 +1,57 @@
+# Warnings and definitions that every target of this project is built with.
+
+option(BRAMD_WERROR "Treat compiler warnings as errors" OFF)
+
+add_library(bramd_options INTERFACE)
+target_compile_options(bramd_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
+  $<$<BOOL:${BRAMD_WERROR}>:-Werror>)
+target_compile_definitions(bramd_options INTERFACE
+  QT_NO_CAST_FROM_ASCII
+  QT_NO_CAST_TO_ASCII
+  QT_NO_CAST_FROM_BYTEARRAY
+  QT_NO_URL_CAST_FROM_STRING
+  QT_NO_FOREACH
+  QT_NO_KEYWORDS
+  QT_NO_NARROWING_CONVERSIONS_IN_CONNECT
+  QT_MESSAGELOGCONTEXT
+  QT_STRICT_ITERATORS
+  QT_DISABLE_DEPRECATED_BEFORE=0x050F00)
+
+# bramd_add_library(NAME SOURCES file... [LIBRARIES target...])
+# One static library of a folder. Includes are written from src/, e.g. "config/daemonconfig.h".
+function(bramd_add_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
+  target_link_libraries(${name} PUBLIC ${ARG_LIBRARIES} PRIVATE bramd_options)
+endfunction()
+
+# bramd_add_test(NAME SOURCES file... LIBRARIES target... [LABELS label...] [SDK_LEVELS level...])
+# One Qt Test executable, run by CTest (label "unit" unless another is given). It is linked with
+# tests/support, whose base class fails a test on any unexpected warning or critical line.
+# With SDK_LEVELS it runs once per level ("none": no runtime image), each time where
+# DaemonConfig::androidSdkVersion() finds that level; the environment variable TEST_SDK_LEVEL
+# tells the test which one.
+function(bramd_add_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES;LABELS;SDK_LEVELS" ${ARGN})
+  if(NOT ARG_LABELS)
+    set(ARG_LABELS unit)
+  endif()
+  add_executable(${name} ${ARG_SOURCES})
+  target_include_directories(${name} PRIVATE
+    ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/sim ${PROJECT_SOURCE_DIR}/tests)
+  target_link_libraries(${name} PRIVATE
+    bramd_test_support ${ARG_LIBRARIES} Qt5::Test bramd_options)
+  if(ARG_SDK_LEVELS)
+    foreach(level IN LISTS ARG_SDK_LEVELS)
+      add_test(NAME ${name}-${level}
+        COMMAND ${PROJECT_SOURCE_DIR}/tests/support/at-sdk-level ${level} $<TARGET_FILE:${name}>)
+      set_tests_properties(${name}-${level} PROPERTIES
+        LABELS "${ARG_LABELS}" TIMEOUT 120 ENVIRONMENT "TEST_SDK_LEVEL=${level}")
+    endforeach()
+  else()
+    add_test(NAME ${name} COMMAND ${name})
+    set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT 120)
+  endif()
+endfunction()
