@@ -19,8 +19,8 @@ class ServiceManager
 {
 public:
     /// Opens the device (a zero-terminated path). Null when it cannot be opened or is not a
-    /// 64-bit binder device, with one warning. A runtime whose service manager is not up yet is no failure:
-    /// names are then simply not found.
+    /// 64-bit binder device, with one warning. A runtime whose service manager is not up yet is no
+    /// failure: names are then simply not found.
     static std::unique_ptr<ServiceManager> open(const char *device);
     ~ServiceManager();
 

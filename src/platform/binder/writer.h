@@ -20,7 +20,10 @@ class OutgoingData;
 class Writer
 {
 public:
-    explicit Writer(OutgoingData *data) : m_data(data) {}
+    explicit Writer(OutgoingData *data)
+        : m_data(data)
+    {
+    }
 
     void appendInt32(qint32 value);
     void appendInt64(qint64 value);

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "platform/binder/flatobject.h"
+#include "platform/binder/types.h"
+
+#include <QByteArray>
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+namespace Binder {
+
+class RemoteObject;
+
+/// The bytes of a received request or reply, and where in them binder objects lie.
+///
+/// The bytes were written by a process inside the container. What it says of object positions is
+/// checked here once: positions that are unaligned, outside the message, out of order or inside
+/// another object do not count as objects.
+class IncomingData
+{
+public:
+    /// What a message received through a driver comes from: on destruction the buffer goes back.
+    class Source
+    {
+    public:
+        Source() = default;
+        virtual ~Source() = default;
+        Source(const Source &) = delete;
+        Source &operator=(const Source &) = delete;
+
+        virtual std::shared_ptr<RemoteObject> remoteObject(Handle handle) = 0;
+    };
+
+    /// A message in the driver's buffer; `bytes` stays readable as long as `source` lives.
+    IncomingData(const char *bytes, std::size_t size, std::vector<quint64> objects,
+                 std::unique_ptr<Source> source);
+
+    /// A message that came through no driver. The objects of other processes in it cannot be
+    /// told apart and read as failures.
+    explicit IncomingData(const QByteArray &bytes, std::vector<quint64> objects = {});
+    ~IncomingData();
+
+    const char *bytes() const { return m_bytes; }
+    std::size_t size() const { return m_size; }
+    const std::vector<quint64> &objects() const { return m_objects; }
+
+    /// Whether `size` bytes from `position` on lie in the message and touch no object.
+    bool isPlain(std::size_t position, std::size_t size) const;
+
+    /// The object at `position`; null when there is neither an object nor the null object.
+    const FlatObject *objectAt(std::size_t position) const;
+
+    std::shared_ptr<RemoteObject> remoteObject(Handle handle) const;
+
+private:
+    QByteArray m_storage;
+    const char *m_bytes;
+    std::size_t m_size;
+    std::vector<quint64> m_objects;
+    std::unique_ptr<Source> m_source;
+};
+
+} // namespace Binder
