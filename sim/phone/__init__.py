@@ -1,0 +1,1 @@
+"""The simulated phone. See README.md in this folder."""

@@ -1,0 +1,146 @@
+"""The simulated phone: what the daemon finds around it, started and stopped as a whole."""
+
+import os
+import shutil
+import subprocess
+from pathlib import Path
+
+from .buses import SESSION_SOCKET, SYSTEM_SOCKET, Bus
+from .daemon import INTERFACE, OBJECT, SERVICE, Daemon
+from .hostservices import Accounts, HomeScreen, Notifications, PackageKit, Unit
+from .login import LoginState
+from .namespace import USER_ID
+from .router import Router
+from .runtime import CONTROL, Runtime
+
+HOST_SERVICES = {"notifications": Notifications, "accounts": Accounts, "packagekit": PackageKit,
+                 "homescreen": HomeScreen}
+
+
+class Phone:
+    """A phone whose user is logged in and whose runtime is installed, but stopped.
+
+    Only one can exist at a time, and only inside the private namespace of `enter`. Use it as a
+    context manager; start_daemon() starts bramd.
+
+    Attributes: system_bus, session_bus; login (LoginState); unit (Unit: systemd's
+    "umbravm.service"); runtime (Runtime: image, control socket and record); router; daemon (the
+    newest Daemon); bramd (BusObject on com.corvo.bramd); notifications and whatever else of
+    HOST_SERVICES was asked for by name, else None.
+    """
+
+    def __init__(self, sdk=28, services=("notifications",), device=True, logged_in=True):
+        if Path("/proc/1/cmdline").read_bytes().find(b"--inside") < 0:
+            raise RuntimeError("a phone needs sim/phone/enter around it")
+        self.build_directory = Path(os.environ["BRAMD_BUILD_DIR"])
+        self._daemons = []
+        self.login = LoginState()
+        if logged_in:
+            self.login.login()
+        self.runtime = Runtime(self.build_directory, sdk)
+        self.router = Router(self.build_directory) if device else None
+        self.system_bus = Bus("system", SYSTEM_SOCKET)
+        self.session_bus = Bus("session", SESSION_SOCKET)
+        self.unit = Unit(self.system_bus)
+        self.notifications = self.accounts = self.packagekit = self.homescreen = None
+        self._services = [self.unit]
+        for name in services:
+            self._services.append(self._start_service(name))
+        for service in self._services:
+            service.wait_until_ready()
+        self.unit.set_command(self.runtime.command(), CONTROL)
+        self.bramd = self.system_bus.object(SERVICE, OBJECT, INTERFACE)
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_exception):
+        self.stop()
+
+    @property
+    def daemon(self):
+        return self._daemons[-1] if self._daemons else None
+
+    @property
+    def daemons(self):
+        """Every daemon that was started on this phone, oldest first."""
+        return list(self._daemons)
+
+    def start_daemon(self, environment=None, wait=True):
+        """Starts bramd and, unless told otherwise, waits until it serves com.corvo.bramd."""
+        daemon = Daemon(self.build_directory, environment)
+        self._daemons.append(daemon)
+        if wait:
+            daemon.wait_until_served(self.system_bus)
+        return daemon
+
+    def stop_daemon(self):
+        status = self.daemon.stop()
+        self.system_bus.wait_until_ownerless(SERVICE)
+        return status
+
+    def start_service(self, name):
+        """Starts one of HOST_SERVICES later than the rest."""
+        service = self._start_service(name)
+        self._services.append(service)
+        service.wait_until_ready()
+        return service
+
+    def add_device(self):
+        """The binder device appears."""
+        self.router = Router(self.build_directory)
+
+    def start_runtime(self, hold=()):
+        """Starts the unit as an administrator would, and waits until it is active."""
+        self.unit.set_command(self.runtime.command(hold), CONTROL)
+        self.unit.start()
+        self.unit.wait_for_state("active")
+
+    def stop_runtime(self):
+        self.unit.stop_unit()
+        self.unit.wait_for_state("inactive")
+
+    def call_as(self, method, argument, uid=USER_ID, gid=USER_ID, groups=()):
+        """Calls a method of com.corvo.bramd with one string from a process of another user (needs
+        root outside, too); returns the boolean of the reply."""
+        identity = ["--groups", ",".join(map(str, groups))] if groups else ["--clear-groups"]
+        result = subprocess.run(
+            ["/usr/bin/setpriv", "--reuid", str(uid), "--regid", str(gid), *identity,
+             "/usr/bin/dbus-send", f"--bus={self.system_bus.address}", "--print-reply=literal",
+             "--reply-timeout=30000", f"--dest={SERVICE}", OBJECT, f"{INTERFACE}.{method}",
+             f"string:{argument}"], capture_output=True, text=True, timeout=40, check=False)
+        words = result.stdout.split()
+        if result.returncode != 0 or words[:1] != ["boolean"]:
+            raise AssertionError(f"{method}: {result.stdout}{result.stderr}")
+        return words[1] == "true"
+
+    def stop(self):
+        """Ends everything, in the order in which a phone goes down."""
+        for daemon in self._daemons:
+            daemon.stop()
+        if self.unit.state() not in ("inactive", "failed"):
+            self.stop_runtime()
+        for service in reversed(self._services):
+            service.stop()
+        self.session_bus.stop()
+        self.system_bus.stop()
+        if self.router:
+            self.router.stop()
+
+    def _start_service(self, name):
+        kind = HOST_SERVICES[name]
+        on_session_bus = name in ("notifications", "homescreen")
+        service = kind(self.session_bus if on_session_bus else self.system_bus)
+        setattr(self, name, service)
+        return service
+
+
+def clean():
+    """Forgets all that a phone has written, for the next one in the same namespace."""
+    for directory in ("/usr/share/applications", "/usr/share/bramd", "/etc/bramd",
+                      "/usr/share/corvo-settings/entries"):
+        for path in Path(directory).iterdir():
+            shutil.rmtree(path) if path.is_dir() else path.unlink()
+    for directory in ("/home/.android", "/var/lib/bramd", "/opt/umbra", "/run/phone",
+                      "/run/dbus", "/run/systemd", "/run/user"):
+        shutil.rmtree(directory, ignore_errors=True)

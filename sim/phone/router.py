@@ -1,0 +1,27 @@
+"""The binder device "/dev/marshhopper", played by the userspace router."""
+
+from pathlib import Path
+
+from .process import Process
+from .waiting import wait_for
+
+DEVICE = Path("/dev/marshhopper")
+
+
+class Router:
+    """One run of bramd-sim-binder; while it runs, the device exists."""
+
+    def __init__(self, build_directory):
+        program = Path(build_directory) / "sim" / "bramd-sim-binder"
+        self.process = Process("router", [program, "--strict", DEVICE])
+        wait_for(lambda: DEVICE.is_socket() or not self.process.running,
+                 lambda: f"the binder device of {self.process}")
+        assert self.process.running, self.process
+
+    def misuse(self):
+        """Complaints about users of the device that broke the driver's protocol."""
+        return [line for line in self.process.output.splitlines() if "misuse" in line.lower()]
+
+    def stop(self):
+        self.process.stop()
+        DEVICE.unlink(missing_ok=True)
