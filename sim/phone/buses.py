@@ -64,7 +64,8 @@ class Bus:
         wait_for(lambda: not self.has_owner(name), f"the end of every owner of {name}", timeout)
 
     def stop(self):
-        self.connection.close_sync(None)
+        if not self.connection.is_closed():
+            self.connection.close_sync(None)
         self.process.stop()
 
 

@@ -34,22 +34,18 @@ class Phone:
             raise RuntimeError("a phone needs sim/phone/enter around it")
         self.build_directory = Path(os.environ["BRAMD_BUILD_DIR"])
         self._daemons = []
+        self._services = []
+        self.unit = self.router = self.system_bus = self.session_bus = None
+        self.notifications = self.accounts = self.packagekit = self.homescreen = None
         self.login = LoginState()
         if logged_in:
             self.login.login()
         self.runtime = Runtime(self.build_directory, sdk)
-        self.router = Router(self.build_directory) if device else None
-        self.system_bus = Bus("system", SYSTEM_SOCKET)
-        self.session_bus = Bus("session", SESSION_SOCKET)
-        self.unit = Unit(self.system_bus)
-        self.notifications = self.accounts = self.packagekit = self.homescreen = None
-        self._services = [self.unit]
-        for name in services:
-            self._services.append(self._start_service(name))
-        for service in self._services:
-            service.wait_until_ready()
-        self.unit.set_command(self.runtime.command(), CONTROL)
-        self.bramd = self.system_bus.object(SERVICE, OBJECT, INTERFACE)
+        try:
+            self._start(services, device)
+        except BaseException:
+            self.stop()
+            raise
 
     def __enter__(self):
         return self
@@ -82,7 +78,6 @@ class Phone:
     def start_service(self, name):
         """Starts one of HOST_SERVICES later than the rest."""
         service = self._start_service(name)
-        self._services.append(service)
         service.wait_until_ready()
         return service
 
@@ -115,23 +110,39 @@ class Phone:
         return words[1] == "true"
 
     def stop(self):
-        """Ends everything, in the order in which a phone goes down."""
+        """Ends everything, in the order in which a phone goes down. May be called again."""
         for daemon in self._daemons:
             daemon.stop()
-        if self.unit.state() not in ("inactive", "failed"):
+        if self.unit and self.unit.state() not in ("inactive", "failed"):
             self.stop_runtime()
-        for service in reversed(self._services):
-            service.stop()
-        self.session_bus.stop()
-        self.system_bus.stop()
-        if self.router:
-            self.router.stop()
+        self.unit = None
+        while self._services:
+            self._services.pop().stop()
+        for part in (self.session_bus, self.system_bus, self.router):
+            if part:
+                part.stop()
+
+    def _start(self, services, device):
+        if device:
+            self.add_device()
+        self.system_bus = Bus("system", SYSTEM_SOCKET)
+        self.session_bus = Bus("session", SESSION_SOCKET)
+        self.bramd = self.system_bus.object(SERVICE, OBJECT, INTERFACE)
+        unit = Unit(self.system_bus)
+        self._services.append(unit)
+        for name in services:
+            self._start_service(name)
+        for service in self._services:
+            service.wait_until_ready()
+        unit.set_command(self.runtime.command(), CONTROL)
+        self.unit = unit
 
     def _start_service(self, name):
         kind = HOST_SERVICES[name]
         on_session_bus = name in ("notifications", "homescreen")
         service = kind(self.session_bus if on_session_bus else self.system_bus)
         setattr(self, name, service)
+        self._services.append(service)
         return service
 
 

@@ -17,6 +17,8 @@ class Process:
     def __init__(self, name, command, environment=None, stdin=subprocess.DEVNULL):
         LOGS.mkdir(parents=True, exist_ok=True)
         self.name = name
+        self.was_asked_to_end = False
+        self.end_expected = False
         self.output_path = _new_log(name)
         with open(self.output_path, "wb") as output:
             self._popen = subprocess.Popen(  # pylint: disable=consider-using-with
@@ -45,12 +47,20 @@ class Process:
         wait_for(lambda: not self.running, lambda: f"the end of {self}", timeout)
         return self.exit_status
 
+    def wait_for_end(self, timeout=STOP_TIMEOUT_S):
+        """Like wait(), for a process that is meant to end by itself."""
+        self.end_expected = True
+        return self.wait(timeout)
+
     def kill(self, number=signal.SIGKILL):
+        """Sends a signal that is meant to end it."""
+        self.end_expected = True
         if self.running:
             self._popen.send_signal(number)
 
     def stop(self):
         """Asks it to end, insists after a while, and returns the exit status."""
+        self.was_asked_to_end = self.was_asked_to_end or self.running
         self.kill(signal.SIGTERM)
         try:
             return self._popen.wait(STOP_TIMEOUT_S)
