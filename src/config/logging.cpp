@@ -1,0 +1,3 @@
+#include "config/logging.h"
+
+Q_LOGGING_CATEGORY(configLog, "com.corvo.bramd.config")
