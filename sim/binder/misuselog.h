@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstddef>
+#include <ostream>
+#include <string>
+#include <sys/types.h>
+
+namespace SimBinder {
+
+/// Counts what a correct program never does and the kernel only notes in its own log: a buffer
+/// freed twice, a reference given back too often, an answer that nobody waits for. One line each.
+class MisuseLog
+{
+public:
+    explicit MisuseLog(std::ostream &output)
+        : m_output(output)
+    {
+    }
+
+    void report(pid_t pid, const std::string &what);
+    std::size_t count() const { return m_count; }
+
+private:
+    std::ostream &m_output;
+    std::size_t m_count = 0;
+};
+
+} // namespace SimBinder
