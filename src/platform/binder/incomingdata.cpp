@@ -62,7 +62,11 @@ IncomingData::IncomingData(const QByteArray &bytes, std::vector<quint64> objects
 {
 }
 
-IncomingData::~IncomingData() = default;
+IncomingData::~IncomingData()
+{
+    if (m_source != nullptr)
+        m_source->release(*this);
+}
 
 bool IncomingData::isPlain(std::size_t position, std::size_t size) const
 {

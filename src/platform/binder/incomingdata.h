@@ -21,7 +21,7 @@ class RemoteObject;
 class IncomingData
 {
 public:
-    /// What a message received through a driver comes from: on destruction the buffer goes back.
+    /// What a message received through a driver comes from.
     class Source
     {
     public:
@@ -31,9 +31,12 @@ public:
         Source &operator=(const Source &) = delete;
 
         virtual std::shared_ptr<RemoteObject> remoteObject(Handle handle) = 0;
+
+        /// The message is deleted: its bytes are not read any more after this.
+        virtual void release(const IncomingData &data) = 0;
     };
 
-    /// A message in the driver's buffer; `bytes` stays readable as long as `source` lives.
+    /// A message in the driver's buffer; `bytes` stays readable until it is released.
     IncomingData(const char *bytes, std::size_t size, std::vector<quint64> objects,
                  std::unique_ptr<Source> source);
 
@@ -41,6 +44,8 @@ public:
     /// told apart and read as failures.
     explicit IncomingData(const QByteArray &bytes, std::vector<quint64> objects = {});
     ~IncomingData();
+    IncomingData(const IncomingData &) = delete;
+    IncomingData &operator=(const IncomingData &) = delete;
 
     const char *bytes() const { return m_bytes; }
     std::size_t size() const { return m_size; }
