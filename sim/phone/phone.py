@@ -29,7 +29,8 @@ class Phone:
     HOST_SERVICES was asked for by name, else None.
     """
 
-    def __init__(self, sdk=28, services=("notifications",), device=True, logged_in=True):
+    def __init__(self, sdk=28, services=("notifications",), device=True, logged_in=True,
+                 router_options=()):
         if Path("/proc/1/cmdline").read_bytes().find(b"--inside") < 0:
             raise RuntimeError("a phone needs sim/phone/enter around it")
         self.build_directory = Path(os.environ["BRAMD_BUILD_DIR"])
@@ -42,7 +43,7 @@ class Phone:
             self.login.login()
         self.runtime = Runtime(self.build_directory, sdk)
         try:
-            self._start(services, device)
+            self._start(services, device, router_options)
         except BaseException:
             self.stop()
             raise
@@ -81,9 +82,9 @@ class Phone:
         service.wait_until_ready()
         return service
 
-    def add_device(self):
+    def add_device(self, router_options=()):
         """The binder device appears."""
-        self.router = Router(self.build_directory)
+        self.router = Router(self.build_directory, router_options)
 
     def start_runtime(self, hold=()):
         """Starts the unit as an administrator would, and waits until it is active."""
@@ -122,9 +123,9 @@ class Phone:
             if part:
                 part.stop()
 
-    def _start(self, services, device):
+    def _start(self, services, device, router_options):
         if device:
-            self.add_device()
+            self.add_device(router_options)
         self.system_bus = Bus("system", SYSTEM_SOCKET)
         self.session_bus = Bus("session", SESSION_SOCKET)
         self.bramd = self.system_bus.object(SERVICE, OBJECT, INTERFACE)

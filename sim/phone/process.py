@@ -54,13 +54,14 @@ class Process:
 
     def kill(self, number=signal.SIGKILL):
         """Sends a signal that is meant to end it."""
-        self.end_expected = True
         if self.running:
+            self.end_expected = True
             self._popen.send_signal(number)
 
     def stop(self):
         """Asks it to end, insists after a while, and returns the exit status."""
-        self.was_asked_to_end = self.was_asked_to_end or self.running
+        if self.running:
+            self.was_asked_to_end = True
         self.kill(signal.SIGTERM)
         try:
             return self._popen.wait(STOP_TIMEOUT_S)

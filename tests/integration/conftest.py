@@ -20,9 +20,8 @@ def phone_fixture(request):
     phone = Phone(**(marker.kwargs if marker else {}))
     try:
         yield phone
-        complaints = trouble(phone)
         phone.stop()
-        complaints += trouble_at_the_end(phone)
+        complaints = trouble(phone)
     finally:
         phone.stop()
         clean()
@@ -37,21 +36,16 @@ def bramd_fixture(phone):
 
 
 def trouble(phone):
-    """What nobody expected, as lines, empty if there is nothing."""
+    """What nobody expected on a phone that has gone down, as lines, empty if there is nothing."""
     lines = []
     for daemon in phone.daemons:
         lines += daemon.log.unclaimed_trouble()
-        if not daemon.process.running and not daemon.process.end_expected:
-            lines.append(f"ended with {daemon.process.exit_status}: {daemon.process}")
-    if phone.router:
+        process = daemon.process
+        if not process.end_expected:
+            lines.append(f"ended by itself with {process.exit_status}: {process}")
+        elif process.was_asked_to_end and process.exit_status not in PEACEFUL_ENDS:
+            lines.append(f"ended with {process.exit_status}: {process}")
+    if phone.router and phone.router.process.exit_status != 0:
         lines += phone.router.misuse()
-    return lines
-
-
-def trouble_at_the_end(phone):
-    """As trouble(), for what shows only when the phone has gone down."""
-    lines = trouble(phone)
-    for daemon in phone.daemons:
-        if daemon.process.was_asked_to_end and daemon.process.exit_status not in PEACEFUL_ENDS:
-            lines.append(f"ended with {daemon.process.exit_status}: {daemon.process}")
+        lines.append(f"ended with {phone.router.process.exit_status}: {phone.router.process}")
     return lines

@@ -20,7 +20,7 @@ CONTROL_IFACE = "phone.PackageKit"
 # Values of PackageKit's public enumerations (pk-enum.h).
 INFO_INSTALLED, INFO_REMOVING = 1, 13
 EXIT_SUCCESS, EXIT_FAILED = 1, 2
-ROLE_REMOVE_PACKAGES, ROLE_RESOLVE = 13, 17
+ROLE_REMOVE_PACKAGES, ROLE_RESOLVE = 14, 17
 
 
 def load(mock, _parameters):
