@@ -92,19 +92,25 @@ void Client::queueForProcess(Work work)
 
 void Client::queueAnnouncement(Node &node, Wake wake)
 {
-    if (node.isAnnouncementQueued()) {
-        const auto isOfNode = [&node](const Work &work) {
-            const auto *announcement = std::get_if<AnnouncementWork>(&work);
-            return announcement != nullptr && announcement->node.get() == &node;
-        };
-        removeWork(&m_threadWork, isOfNode);
-        removeWork(&m_processWork, isOfNode);
-    }
+    withdrawAnnouncement(node);
     node.setAnnouncementQueued(true);
     if (wake == Wake::WithNextWork)
         queueForThreadQuietly(AnnouncementWork{node.shared_from_this()});
     else
         queueForProcess(AnnouncementWork{node.shared_from_this()});
+}
+
+void Client::withdrawAnnouncement(Node &node)
+{
+    if (!node.isAnnouncementQueued())
+        return;
+    node.setAnnouncementQueued(false);
+    const auto isOfNode = [&node](const Work &work) {
+        const auto *announcement = std::get_if<AnnouncementWork>(&work);
+        return announcement != nullptr && announcement->node.get() == &node;
+    };
+    removeWork(&m_threadWork, isOfNode);
+    removeWork(&m_processWork, isOfNode);
 }
 
 void Client::withdrawDeath(const Death *death)
@@ -172,8 +178,10 @@ void Client::addNode(const std::shared_ptr<Node> &node)
     m_nodes.emplace(node->id(), node);
 }
 
-void Client::forgetNode(const Node &node)
+void Client::forgetNode(Node &node)
 {
+    const std::shared_ptr<Node> forgotten = node.shared_from_this();
+    withdrawAnnouncement(node);
     m_nodes.erase(node.id());
 }
 

@@ -92,7 +92,7 @@ public:
     /// A new node for an object that is sent for the first time. Null beyond any sane number.
     std::shared_ptr<Node> addNode(const flat_binder_object &object);
     void addNode(const std::shared_ptr<Node> &node);
-    void forgetNode(const Node &node);
+    void forgetNode(Node &node);
 
     ReferenceTable &references() { return m_references; }
     DeathNotices &deaths() { return m_deaths; }
@@ -106,6 +106,7 @@ public:
     bool letGo(Reference &reference, Strength strength);
 
 private:
+    void withdrawAnnouncement(Node &node);
     void drop(Reference &reference);
     void abandonCalls();
     void abandonWork(WorkList *works);

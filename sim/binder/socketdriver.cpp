@@ -37,10 +37,14 @@ std::unique_ptr<SocketDriver> SocketDriver::connect(const char *path)
     if (!address.set(path))
         return nullptr;
     std::unique_ptr<SocketDriver> driver(new SocketDriver);
-    driver->m_socket.reset(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    if (!driver->m_socket.isValid() ||
-        ::connect(driver->m_socket.get(), address.get(), address.size()) != 0 || !driver->begin())
+    UniqueFd socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    if (!socket.isValid() || ::connect(socket.get(), address.get(), address.size()) != 0)
         return nullptr;
+    driver->m_socket = std::move(socket);
+    if (const int result = driver->begin()) {
+        driver.reset();
+        errno = -result;
+    }
     return driver;
 }
 
@@ -52,16 +56,16 @@ SocketDriver::~SocketDriver()
         ::munmap(m_mapping, m_mappingSize);
 }
 
-bool SocketDriver::begin()
+int SocketDriver::begin()
 {
     std::vector<std::uint8_t> body;
     append(&body, ProtocolVersion);
     Reply reply;
     const int result = exchange(Operation::Open, body, {}, &reply);
-    if (result != 0 || reply.files.size() != 1) {
-        errno = result != 0 ? -result : EMFILE;
-        return false;
-    }
+    if (result != 0)
+        return result;
+    if (reply.files.size() != 1)
+        return -EMFILE;
     m_work = std::move(reply.files[0]);
     // A router that has gone makes the descriptor readable: the next control() tells of it.
     m_readiness.reset(::epoll_create1(EPOLL_CLOEXEC));
@@ -69,9 +73,11 @@ bool SocketDriver::begin()
     work.events = EPOLLIN;
     epoll_event gone = {};
     gone.events = EPOLLRDHUP;
-    return m_readiness.isValid() &&
-           ::epoll_ctl(m_readiness.get(), EPOLL_CTL_ADD, m_work.get(), &work) == 0 &&
-           ::epoll_ctl(m_readiness.get(), EPOLL_CTL_ADD, m_socket.get(), &gone) == 0;
+    if (!m_readiness.isValid() ||
+        ::epoll_ctl(m_readiness.get(), EPOLL_CTL_ADD, m_work.get(), &work) != 0 ||
+        ::epoll_ctl(m_readiness.get(), EPOLL_CTL_ADD, m_socket.get(), &gone) != 0)
+        return -errno;
+    return 0;
 }
 
 int SocketDriver::control(unsigned long request, void *argument)

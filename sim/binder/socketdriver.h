@@ -38,7 +38,7 @@ private:
     };
 
     SocketDriver() = default;
-    bool begin();
+    int begin();
     int exchange(Operation operation, const std::vector<std::uint8_t> &body,
                  const std::vector<int> &files, Reply *reply);
     bool send(Operation operation, const std::vector<std::uint8_t> &body,

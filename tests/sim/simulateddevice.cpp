@@ -1,0 +1,77 @@
+#include "sim/deviceundertest.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+namespace {
+
+constexpr int StartTimeoutMs = 10000;
+
+} // namespace
+
+class DeviceUnderTest::Private
+{
+public:
+    QTemporaryDir directory;
+    QByteArray path = QFile::encodeName(directory.filePath(QStringLiteral("device")));
+    QProcess router;
+};
+
+DeviceUnderTest::DeviceUnderTest()
+    : m_private(std::make_unique<Private>())
+{
+}
+
+DeviceUnderTest::~DeviceUnderTest()
+{
+    stop();
+}
+
+QString DeviceUnderTest::reasonToSkip()
+{
+    return QString();
+}
+
+bool DeviceUnderTest::start()
+{
+    QProcess &router = m_private->router;
+    router.start(QStringLiteral(SIM_BINDER_PROGRAM),
+                 {QStringLiteral("--strict"), QFile::decodeName(m_private->path)});
+    return router.waitForReadyRead(StartTimeoutMs) &&
+           router.readLine().startsWith("bramd-sim-binder: listening at ");
+}
+
+QStringList DeviceUnderTest::stop()
+{
+    QProcess &router = m_private->router;
+    if (router.state() == QProcess::NotRunning)
+        return {};
+    router.terminate();
+    router.waitForFinished();
+    const bool ok = router.exitStatus() == QProcess::NormalExit;
+    const QString output = QString::fromUtf8(router.readAllStandardError());
+
+    static const QRegularExpression misuse(
+        QStringLiteral("^bramd-sim-binder: misuse: pid \\d+: (.*)$"),
+        QRegularExpression::MultilineOption);
+    QStringList texts;
+    for (auto match = misuse.globalMatch(output); match.hasNext();)
+        texts.append(match.next().captured(1));
+    // The router's own word for it, and its end, must agree with the lines.
+    const int expectedExit = texts.isEmpty() ? 0 : 3;
+    if (!ok || router.exitCode() != expectedExit)
+        texts.append(QStringLiteral("router ended with %1: %2").arg(router.exitCode()).arg(output));
+    return texts;
+}
+
+bool DeviceUnderTest::notesMisuse()
+{
+    return true;
+}
+
+const QByteArray &DeviceUnderTest::path() const
+{
+    return m_private->path;
+}
