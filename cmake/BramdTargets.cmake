@@ -27,14 +27,17 @@ function(bramd_add_library name)
   target_link_libraries(${name} PUBLIC ${ARG_LIBRARIES} PRIVATE bramd_options)
 endfunction()
 
-# bramd_add_test(NAME SOURCES file... LIBRARIES target... [LABELS label...] [SDK_LEVELS level...])
+# bramd_add_test(NAME SOURCES file... LIBRARIES target... [LABELS label...] [SDK_LEVELS level...]
+#                [PRIVATE_ROOT])
 # One Qt Test executable, run by CTest (label "unit" unless another is given). It is linked with
 # tests/support, whose base class fails a test on any unexpected warning or critical line.
 # With SDK_LEVELS it runs once per level ("none": no runtime image), each time where
 # DaemonConfig::androidSdkVersion() finds that level; the environment variable TEST_SDK_LEVEL
 # tells the test which one.
+# With PRIVATE_ROOT it runs where the fixed paths of the daemon and its neighbours are its own and
+# empty (sim/phone/enter): what it writes there, or mounts, nobody else sees.
 function(bramd_add_test name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;LIBRARIES;LABELS;SDK_LEVELS" ${ARGN})
+  cmake_parse_arguments(ARG "PRIVATE_ROOT" "" "SOURCES;LIBRARIES;LABELS;SDK_LEVELS" ${ARGN})
   if(NOT ARG_LABELS)
     set(ARG_LABELS unit)
   endif()
@@ -43,15 +46,20 @@ function(bramd_add_test name)
     ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/sim ${PROJECT_SOURCE_DIR}/tests)
   target_link_libraries(${name} PRIVATE
     bramd_test_support ${ARG_LIBRARIES} Qt5::Test bramd_options)
+  set(enter)
+  if(ARG_PRIVATE_ROOT)
+    set(enter ${PROJECT_SOURCE_DIR}/sim/phone/enter)
+  endif()
   if(ARG_SDK_LEVELS)
     foreach(level IN LISTS ARG_SDK_LEVELS)
       add_test(NAME ${name}-${level}
-        COMMAND ${PROJECT_SOURCE_DIR}/tests/support/at-sdk-level ${level} $<TARGET_FILE:${name}>)
+        COMMAND ${enter} ${PROJECT_SOURCE_DIR}/tests/support/at-sdk-level ${level}
+                $<TARGET_FILE:${name}>)
       set_tests_properties(${name}-${level} PROPERTIES
         LABELS "${ARG_LABELS}" TIMEOUT 120 ENVIRONMENT "TEST_SDK_LEVEL=${level}")
     endforeach()
   else()
-    add_test(NAME ${name} COMMAND ${name})
+    add_test(NAME ${name} COMMAND ${enter} $<TARGET_FILE:${name}>)
     set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT 120)
   endif()
 endfunction()

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QMap>
+#include <QString>
+
+/// One desktop file in memory, for reading and changing. It is read on construction; a missing
+/// or unreadable file is empty. What was changed is written on destruction.
+///
+/// Keys and values are kept raw: nothing is escaped, and keys that nobody here knows survive.
+/// Everything after the first "[Desktop Entry]" line counts as that one group. Keys are written
+/// in ascending order.
+class DesktopFile
+{
+public:
+    explicit DesktopFile(const QString &path);
+    ~DesktopFile();
+
+    DesktopFile(const DesktopFile &) = delete;
+    DesktopFile &operator=(const DesktopFile &) = delete;
+
+    /// `value` must be a single line; see singleLine().
+    void setValue(const QString &key, const QString &value);
+
+    /// A missing key is no error.
+    void remove(const QString &key);
+
+    /// An empty string, with a warning, when there is no such key.
+    QString value(const QString &key) const;
+
+private:
+    void read();
+    void write() const;
+
+    QString m_path;
+    QMap<QString, QString> m_entries;
+    bool m_dirty = false;
+};

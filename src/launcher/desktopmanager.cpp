@@ -1,0 +1,174 @@
+#include "launcher/desktopmanager.h"
+
+#include "config/daemonconfig.h"
+#include "launcher/desktopdatabase.h"
+#include "launcher/desktopfile.h"
+#include "launcher/installedentries.h"
+#include "launcher/launcherentry.h"
+#include "launcher/launcherpaths.h"
+#include "launcher/logging.h"
+#include "launcher/publicfile.h"
+#include "launcher/runtimetext.h"
+#include "launcher/settingsentry.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QSet>
+
+#include <algorithm>
+#include <optional>
+
+namespace {
+
+/// Whether the announcement can have files; if not, says why.
+bool isUsable(const ApkLauncher &launcher)
+{
+    if (!RuntimeText::isUsableName(launcher.packageName) ||
+        !RuntimeText::isUsableName(launcher.className)) {
+        qCWarning(launcherLog) << "Dropping launcher with unusable name:" << launcher.packageName
+                               << launcher.className;
+        return false;
+    }
+    const QString fileName = QFileInfo(LauncherPaths::desktopFile(launcher)).fileName();
+    if (QFile::encodeName(fileName).size() > PublicFile::maxNameBytes()) {
+        qCWarning(launcherLog) << "Dropping launcher whose name is too long for a file:"
+                               << launcher.packageName << launcher.className;
+        return false;
+    }
+    return true;
+}
+
+template <typename Predicate>
+void removeIf(QVector<ApkLauncher> &launchers, Predicate matches)
+{
+    launchers.erase(std::remove_if(launchers.begin(), launchers.end(), matches), launchers.end());
+}
+
+void writeIcon(const QString &path, const QByteArray &icon, bool entryExisted)
+{
+    qCDebug(launcherLog) << "iconfilename:" << path;
+    if (entryExisted && PublicFile::hasContent(path, icon))
+        return;
+    if (PublicFile::write(path, icon) != PublicFile::WriteResult::Written)
+        qCWarning(launcherLog) << "Unable to write icon:" << path;
+}
+
+void deleteFile(const QString &path)
+{
+    qCDebug(launcherLog) << "Deleting:" << path;
+    if (!QFile::remove(path))
+        qCWarning(launcherLog) << "Could not remove:" << path;
+}
+
+void deleteEntry(const QString &desktopFile)
+{
+    deleteFile(desktopFile);
+    deleteFile(LauncherPaths::icon(desktopFile));
+    deleteFile(LauncherPaths::settingsEntry(desktopFile));
+}
+
+Visibility visibilityOf(const ApkLauncher &launcher, bool blacklisted)
+{
+    if (QFile::exists(LauncherPaths::partnerSpaceMarker(launcher.packageName)))
+        return Visibility::PartnerSpace;
+    return launcher.isHandler() || blacklisted ? Visibility::Hidden : Visibility::Shown;
+}
+
+} // namespace
+
+DesktopManager::DesktopManager(const DaemonConfig *config, QObject *parent)
+    : QObject(parent)
+    , m_config(config)
+{
+}
+
+QStringList DesktopManager::installedEntries() const
+{
+    return InstalledEntries().all();
+}
+
+QString DesktopManager::packageOfDesktopFile(const QString &path) const
+{
+    const std::optional<QString> package = InstalledEntries().packageOf(path);
+    if (!package)
+        return QString();
+    qCDebug(launcherLog) << "Resolved:" << path << "-> " << *package;
+    return *package;
+}
+
+QString DesktopManager::applicationName(const QString &packageName) const
+{
+    const QStringList paths = InstalledEntries().ofPackage(packageName);
+    return paths.isEmpty() ? QString() : DesktopFile(paths.first()).value(QStringLiteral("Name"));
+}
+
+void DesktopManager::onCreateLauncher(const ApkLauncher &launcher)
+{
+    if (!isUsable(launcher))
+        return;
+
+    const QString path = LauncherPaths::desktopFile(launcher);
+    const bool existed = QFile::exists(path);
+    qCDebug(launcherLog) << "onCreateLauncher:" << path;
+
+    removeIf(m_receivedLaunchers, [&launcher](const ApkLauncher &received) {
+        return received.packageName == launcher.packageName &&
+               received.className == launcher.className;
+    });
+    const bool blacklisted = m_blacklist.contains(launcher.packageName);
+    if (blacklisted && launcher.isHandler())
+        return;
+
+    DesktopFile entry(path);
+    const QString iconPath = LauncherPaths::icon(path);
+    writeIcon(iconPath, launcher.icon, existed);
+    fillLauncherEntry(entry, launcher, m_config->path(DaemonConfig::AppsDir), iconPath,
+                      visibilityOf(launcher, blacklisted));
+
+    if (!launcher.isHandler())
+        SettingsEntry::write(path, launcher.packageName, launcher.packageVersion);
+    if (!launcher.shareMimeTypes.isEmpty())
+        m_sharing.add(launcher);
+
+    m_receivedLaunchers.append(launcher);
+    m_receivedLaunchers.last().icon.clear();
+    if (!existed)
+        Q_EMIT newApplicationInstalled(launcher);
+}
+
+void DesktopManager::onRemovePackage(const QString &packageName)
+{
+    qCDebug(launcherLog) << "onRemovePackage:" << packageName;
+
+    const QStringList paths = InstalledEntries().ofPackage(packageName);
+    for (const QString &path : paths)
+        deleteEntry(path);
+    removeIf(m_receivedLaunchers, [&packageName](const ApkLauncher &received) {
+        return received.packageName == packageName;
+    });
+    m_sharing.removePackage(packageName);
+    refreshDesktop();
+}
+
+void DesktopManager::onLaunchersComplete()
+{
+    qCDebug(launcherLog) << "Launchers complete. Removing orphans";
+
+    QSet<QString> announced;
+    for (const ApkLauncher &launcher : qAsConst(m_receivedLaunchers))
+        announced.insert(LauncherPaths::desktopFile(launcher));
+
+    const QStringList paths = InstalledEntries().all();
+    for (const QString &path : paths) {
+        if (announced.contains(path))
+            continue;
+        qCDebug(launcherLog) << "Removing " << path;
+        deleteEntry(path);
+    }
+    refreshDesktop();
+}
+
+void DesktopManager::refreshDesktop()
+{
+    DesktopDatabase::refresh();
+}

@@ -1,0 +1,3 @@
+#include "launcher/logging.h"
+
+Q_LOGGING_CATEGORY(launcherLog, "com.corvo.bramd.launcher")

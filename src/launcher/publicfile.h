@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+/// Whole files that every user of the host may read (mode 0644, whatever the umask). They are
+/// replaced atomically: when writing fails the old file stays as it was. Nothing is logged here.
+namespace PublicFile {
+
+enum class WriteResult {
+    Written,
+    CannotOpen, ///< no temporary file beside the target: directory missing, read-only, ...
+    CannotWrite ///< disk full, I/O error, target not replaceable, ...
+};
+
+WriteResult write(const QString &path, const QByteArray &content);
+
+/// Whether the file can be read and holds exactly `content`.
+bool hasContent(const QString &path, const QByteArray &content);
+
+/// Writes unless the file has the content already; false when writing failed.
+bool writeIfChanged(const QString &path, const QByteArray &content);
+
+/// The longest name, in bytes, of a file that write() can replace: beside the file a temporary
+/// one with a longer name must fit.
+int maxNameBytes();
+
+} // namespace PublicFile

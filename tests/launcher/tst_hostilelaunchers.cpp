@@ -1,0 +1,241 @@
+#include "config/daemonconfig.h"
+#include "launcher/desktopmanager.h"
+#include "launcher/launcherhost.h"
+#include "launcher/updatedatabasestub.h"
+#include "support/testcase.h"
+
+#include <QtTest>
+
+using namespace LauncherHost;
+
+namespace {
+
+const QString Category = QStringLiteral("com.corvo.bramd.launcher");
+
+ApkLauncher labelled(const QString &label)
+{
+    ApkLauncher announced = launcher();
+    announced.label = label;
+    return announced;
+}
+
+ApkLauncher opening(const QStringList &mimeTypes)
+{
+    ApkLauncher announced = launcher();
+    announced.mimeTypes = mimeTypes;
+    return announced;
+}
+
+ApkLauncher named(const QString &packageName, const QString &className)
+{
+    return launcher(packageName, className);
+}
+
+} // namespace
+
+/// Announcements that no well-behaved runtime would send. Whatever comes, only files of the
+/// daemon's own are written, and an entry holds the intended keys and no others.
+class HostileLaunchersTest : public TestCase
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+
+    void writesNothingButTheIntendedKeys_data();
+    void writesNothingButTheIntendedKeys();
+    void dropsNamesThatCannotBeFiles_data();
+    void dropsNamesThatCannotBeFiles();
+    void survivesHostilePackageRemovals();
+
+private:
+    const DaemonConfig m_config;
+    const UpdateDatabaseStub m_database;
+};
+
+void HostileLaunchersTest::init()
+{
+    TestCase::init();
+    LauncherHost::reset();
+}
+
+void HostileLaunchersTest::writesNothingButTheIntendedKeys_data()
+{
+    QTest::addColumn<ApkLauncher>("announced");
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QString>("value");
+
+    const QString name = QStringLiteral("Name");
+    const auto label = [&name](const char *row, const QString &given, const QString &written) {
+        QTest::newRow(row) << labelled(given) << name << written;
+    };
+    label("line feed", QStringLiteral("A\nExec=/bin/sh"), QStringLiteral("A Exec=/bin/sh"));
+    label("carriage return", QStringLiteral("A\rExec=x"), QStringLiteral("A Exec=x"));
+    label("both", QStringLiteral("A\r\nX=y"), QStringLiteral("A  X=y"));
+    label("a group of its own", QStringLiteral("A\n[Desktop Action x]\nExec=x"),
+          QStringLiteral("A [Desktop Action x] Exec=x"));
+    label("only line feeds", QStringLiteral("\n\n"), QStringLiteral("  "));
+    label("NUL", QString(QChar(0)) + QStringLiteral("A"), QStringLiteral(" A"));
+    label("vertical tab and form feed", QStringLiteral("\vA\fB"), QStringLiteral(" A B"));
+    label("tab and escape", QStringLiteral("A\tB\x1B[2J"), QStringLiteral("A B [2J"));
+    label("delete", QStringLiteral("A\x7F"), QStringLiteral("A "));
+    label("next line", QStringLiteral("A\u0085X=y"), QStringLiteral("A X=y"));
+    label("Unicode line separator", QStringLiteral("A\u2028X=y"), QStringLiteral("A X=y"));
+    label("Unicode paragraph separator", QStringLiteral("A\u2029X=y"), QStringLiteral("A X=y"));
+    label("half of a surrogate pair", QString(QChar(0xD83D)), QString(QChar(0xFFFD)));
+    label("byte order mark", QStringLiteral("\uFEFFA"), QStringLiteral("\uFEFFA"));
+    label("equals signs", QStringLiteral("=A=B="), QStringLiteral("=A=B="));
+    label("a group header", QStringLiteral("[Desktop Entry]"), QStringLiteral("[Desktop Entry]"));
+    label("a comment sign", QStringLiteral("#A"), QStringLiteral("#A"));
+    label("place markers", QStringLiteral("%1%2%3%U"), QStringLiteral("%1%2%3%U"));
+    label("backslashes", QStringLiteral("A\\nB\\"), QStringLiteral("A\\nB\\"));
+    label("blanks at both ends", QStringLiteral("  A  "), QStringLiteral("  A  "));
+    label("nothing", QString(), QString());
+    label("very long", QString(1000000, QLatin1Char('A')), QString(1000000, QLatin1Char('A')));
+
+    const QString mimeType = QStringLiteral("MimeType");
+    QTest::newRow("line feed in a MIME type")
+        << opening({QStringLiteral("a/b\nExec=x"), QStringLiteral("c/d")}) << mimeType
+        << QStringLiteral("a/b Exec=x;c/d");
+    QTest::newRow("NUL in a MIME type")
+        << opening({QStringLiteral("a/b") + QChar(0)}) << mimeType << QStringLiteral("a/b ");
+    QTest::newRow("line feed in a scheme")
+        << opening({QStringLiteral("x-scheme-handler/tel\rX=y")}) << mimeType
+        << QStringLiteral("x-scheme-handler/tel X=y");
+    QTest::newRow("a hundred thousand empty MIME types")
+        << opening(QVector<QString>(100000).toList()) << mimeType
+        << QString(99999, QLatin1Char(';'));
+
+    const QString package = QStringLiteral("X-bramd-packageName");
+    QTest::newRow("package of dots")
+        << named(QStringLiteral(".."), QStringLiteral("..")) << package << QStringLiteral("..");
+    QTest::newRow("package with place markers")
+        << named(QStringLiteral("%3%1"), QStringLiteral("%2")) << QStringLiteral("Exec")
+        << QStringLiteral("bramd-launcher %3%1.apk %3%1/%2");
+    QTest::newRow("package with a wildcard")
+        << named(QStringLiteral("*"), QStringLiteral("?")) << package << QStringLiteral("*");
+    QTest::newRow("package with the suffix of entries")
+        << named(QStringLiteral("a.desktop"), QStringLiteral("b")) << package
+        << QStringLiteral("a.desktop");
+    QTest::newRow("longest name that fits")
+        << named(QString(100, QLatin1Char('p')), QString(124, QLatin1Char('c'))) << package
+        << QString(100, QLatin1Char('p'));
+}
+
+void HostileLaunchersTest::writesNothingButTheIntendedKeys()
+{
+    QFETCH(ApkLauncher, announced);
+    QFETCH(QString, key);
+    QFETCH(QString, value);
+    DesktopManager manager(&m_config);
+
+    manager.onCreateLauncher(announced);
+
+    const QStringList entries = HostFiles::filesBelow(QStringLiteral("/usr/share/applications"));
+    QCOMPARE(entries.size(), 1);
+    const QMap<QString, QString> entry = HostFiles::desktopEntry(entries.first());
+    QStringList keys{QStringLiteral("Exec"),
+                     QStringLiteral("Icon"),
+                     QStringLiteral("Name"),
+                     QStringLiteral("Type"),
+                     QStringLiteral("Version"),
+                     QStringLiteral("X-Orca-Application-Type"),
+                     QStringLiteral("X-bramd-apkfile"),
+                     QStringLiteral("X-bramd-packageName")};
+    if (announced.isHandler()) {
+        keys.insert(2, QStringLiteral("MimeType"));
+        keys.insert(4, QStringLiteral("NoDisplay"));
+    }
+    QCOMPARE(entry.keys(), keys);
+    QCOMPARE(entry.value(key), value);
+
+    // an entry, its icon, the sharing registry, and for launchers a settings entry
+    QCOMPARE(files().size(), announced.isHandler() ? 3 : 4);
+    QVERIFY(QFile::exists(entry.value(QStringLiteral("Icon"))));
+
+    // announced again it is the same entry, which stays, is found, and goes
+    const quint64 before = HostFiles::inode(entries.first());
+    manager.onCreateLauncher(announced);
+    manager.onLaunchersComplete();
+    QCOMPARE(manager.installedEntries(), entries);
+    QCOMPARE(HostFiles::inode(entries.first()), before);
+    manager.onRemovePackage(announced.packageName);
+    QCOMPARE(files(), QStringList(sharingPath()));
+    takeLog(QtWarningMsg, Category);
+}
+
+void HostileLaunchersTest::dropsNamesThatCannotBeFiles_data()
+{
+    QTest::addColumn<QString>("packageName");
+    QTest::addColumn<QString>("className");
+    QTest::addColumn<QString>("warning");
+
+    const QString good = QStringLiteral("a.b");
+    const QString unusable = QStringLiteral("Dropping launcher with unusable name:");
+    const QString tooLong = QStringLiteral("Dropping launcher whose name is too long for a file:");
+    const auto both = [&good](const char *row, const QString &bad, const QString &warning) {
+        QTest::newRow(qPrintable(QStringLiteral("package: ") + QString::fromLatin1(row)))
+            << bad << good << warning;
+        QTest::newRow(qPrintable(QStringLiteral("class: ") + QString::fromLatin1(row)))
+            << good << bad << warning;
+    };
+    both("null", QString(), unusable);
+    both("empty", QStringLiteral(""), unusable);
+    both("slash", QStringLiteral("a/b"), unusable);
+    both("a way up", QStringLiteral("../../../etc/cron.d/x"), unusable);
+    both("absolute path", QStringLiteral("/etc/passwd"), unusable);
+    both("slash alone", QStringLiteral("/"), unusable);
+    both("line feed", QStringLiteral("a\nExec=x"), unusable);
+    both("carriage return last", QStringLiteral("a\r"), unusable);
+    both("NUL", QStringLiteral("a") + QChar(0) + QStringLiteral("b"), unusable);
+    both("escape", QStringLiteral("\x1B[2J"), unusable);
+    both("delete", QStringLiteral("a\x7F"), unusable);
+    both("next line", QStringLiteral("a\u0085"), unusable);
+    both("Unicode line separator", QStringLiteral("a\u2028"), unusable);
+    both("half of a surrogate pair", QStringLiteral("a") + QChar(0xDC00), unusable);
+    both("longer than a file name", QString(300, QLatin1Char('a')), tooLong);
+    both("longer once escaped", QString(120, QLatin1Char('_')), tooLong);
+    both("longer once encoded", QString(100, QChar(0x65E5)), tooLong);
+    both("two million letters", QString(2000000, QLatin1Char('a')), tooLong);
+    QTest::newRow("one letter too long together")
+        << QString(100, QLatin1Char('p')) << QString(126, QLatin1Char('c')) << tooLong;
+}
+
+void HostileLaunchersTest::dropsNamesThatCannotBeFiles()
+{
+    QFETCH(QString, packageName);
+    QFETCH(QString, className);
+    QFETCH(QString, warning);
+    DesktopManager manager(&m_config);
+    QSignalSpy installed(&manager, &DesktopManager::newApplicationInstalled);
+    ApkLauncher announced = named(packageName, className);
+
+    manager.onCreateLauncher(announced);
+    announced.shareMimeTypes = QStringList(QStringLiteral("text/plain"));
+    manager.onCreateLauncher(announced);
+
+    QCOMPARE(files(), QStringList(sharingPath()));
+    QCOMPARE(HostFiles::read(sharingPath()), QByteArray());
+    QCOMPARE(installed.count(), 0);
+    const QStringList warnings = takeLog(QtWarningMsg, Category);
+    QCOMPARE(warnings.size(), 2);
+    for (const QString &text : warnings)
+        QVERIFY2(text.startsWith(warning), qPrintable(text.left(200)));
+}
+
+void HostileLaunchersTest::survivesHostilePackageRemovals()
+{
+    DesktopManager manager(&m_config);
+    manager.onCreateLauncher(launcher());
+    const QStringList before = files();
+
+    for (const QString &package :
+         {QString(), QStringLiteral("../a.b"), QStringLiteral("*"), QStringLiteral("a.b\n"),
+          QString(2000000, QLatin1Char('a')), QString(QChar(0))})
+        manager.onRemovePackage(package);
+
+    QCOMPARE(files(), before);
+}
+
+QTEST_GUILESS_MAIN(HostileLaunchersTest)
+#include "tst_hostilelaunchers.moc"

@@ -1,0 +1,154 @@
+#include "launcher/publicfile.h"
+#include "support/hostfiles.h"
+#include "support/testcase.h"
+
+#include <QtTest>
+
+#include <sys/stat.h>
+
+using PublicFile::WriteResult;
+
+class PublicFileTest : public TestCase
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+
+    void writesWhateverTheUmask_data();
+    void writesWhateverTheUmask();
+    void replacesTheOldFile();
+    void cannotOpenInAMissingDirectory();
+    void cannotOpenOnAReadOnlyDisk();
+    void keepsTheOldFileWhenTheDiskIsFull_data();
+    void keepsTheOldFileWhenTheDiskIsFull();
+    void comparesContent();
+    void writesOnlyWhatChanged();
+    void replacesFilesWithNamesUpToTheLimit();
+
+private:
+    const QString m_directory = QStringLiteral("/run/files");
+    const QString m_path = QStringLiteral("/run/files/a.txt");
+};
+
+void PublicFileTest::init()
+{
+    TestCase::init();
+    HostFiles::makeEmptyDirectory(m_directory);
+}
+
+void PublicFileTest::writesWhateverTheUmask_data()
+{
+    QTest::addColumn<int>("mask");
+
+    QTest::newRow("ordinary") << 0022;
+    QTest::newRow("strict") << 0777;
+    QTest::newRow("lax") << 0000;
+}
+
+void PublicFileTest::writesWhateverTheUmask()
+{
+    QFETCH(int, mask);
+
+    const mode_t before = ::umask(static_cast<mode_t>(mask));
+    const WriteResult result = PublicFile::write(m_path, QByteArray("a\0b\n", 4));
+    ::umask(before);
+
+    QCOMPARE(result, WriteResult::Written);
+    QCOMPARE(HostFiles::read(m_path), QByteArray("a\0b\n", 4));
+    QCOMPARE(HostFiles::mode(m_path), 0644);
+    QCOMPARE(HostFiles::filesBelow(m_directory), QStringList(m_path));
+}
+
+void PublicFileTest::replacesTheOldFile()
+{
+    HostFiles::write(m_path, "old and longer");
+    QVERIFY(QFile::setPermissions(m_path, QFile::ReadOwner | QFile::WriteOwner));
+    const quint64 before = HostFiles::inode(m_path);
+
+    QCOMPARE(PublicFile::write(m_path, "new"), WriteResult::Written);
+
+    QCOMPARE(HostFiles::read(m_path), QByteArray("new"));
+    QCOMPARE(HostFiles::mode(m_path), 0644);
+    QVERIFY(HostFiles::inode(m_path) != before);
+}
+
+void PublicFileTest::cannotOpenInAMissingDirectory()
+{
+    QCOMPARE(PublicFile::write(QStringLiteral("/run/nowhere/a.txt"), "x"), WriteResult::CannotOpen);
+}
+
+void PublicFileTest::cannotOpenOnAReadOnlyDisk()
+{
+    HostFiles::write(m_path, "old");
+    const HostFiles::Mount readOnly = HostFiles::Mount::readOnly(m_directory);
+
+    QCOMPARE(PublicFile::write(m_path, "new"), WriteResult::CannotOpen);
+
+    QCOMPARE(HostFiles::read(m_path), QByteArray("old"));
+}
+
+void PublicFileTest::keepsTheOldFileWhenTheDiskIsFull_data()
+{
+    QTest::addColumn<int>("size");
+
+    QTest::newRow("less than a buffer") << 3;
+    QTest::newRow("more than a buffer") << 200000;
+}
+
+void PublicFileTest::keepsTheOldFileWhenTheDiskIsFull()
+{
+    QFETCH(int, size);
+    const HostFiles::Mount disk = HostFiles::Mount::memory(m_directory, "size=64k");
+    HostFiles::write(m_path, "old");
+    HostFiles::fillDisk(m_directory);
+    const QStringList files = HostFiles::filesBelow(m_directory);
+
+    QCOMPARE(PublicFile::write(m_path, QByteArray(size, 'n')), WriteResult::CannotWrite);
+
+    QCOMPARE(HostFiles::read(m_path), QByteArray("old"));
+    QCOMPARE(HostFiles::filesBelow(m_directory), files);
+}
+
+void PublicFileTest::comparesContent()
+{
+    HostFiles::write(m_path, "abc");
+
+    QVERIFY(PublicFile::hasContent(m_path, "abc"));
+    QVERIFY(!PublicFile::hasContent(m_path, "abd"));
+    QVERIFY(!PublicFile::hasContent(m_path, "abcd"));
+    QVERIFY(!PublicFile::hasContent(m_path, "ab"));
+    QVERIFY(!PublicFile::hasContent(QStringLiteral("/run/nowhere"), ""));
+    QVERIFY(!PublicFile::hasContent(m_directory, ""));
+}
+
+void PublicFileTest::writesOnlyWhatChanged()
+{
+    QVERIFY(PublicFile::writeIfChanged(m_path, "abc"));
+    const quint64 before = HostFiles::inode(m_path);
+
+    QVERIFY(PublicFile::writeIfChanged(m_path, "abc"));
+    QCOMPARE(HostFiles::inode(m_path), before);
+
+    QVERIFY(PublicFile::writeIfChanged(m_path, "abd"));
+    QCOMPARE(HostFiles::read(m_path), QByteArray("abd"));
+    QVERIFY(!PublicFile::writeIfChanged(QStringLiteral("/run/nowhere/a.txt"), "abc"));
+}
+
+void PublicFileTest::replacesFilesWithNamesUpToTheLimit()
+{
+    const int limit = PublicFile::maxNameBytes();
+    const QString longest = m_directory + QLatin1Char('/') + QString(limit, QLatin1Char('n'));
+    const QString tooLong = longest + QLatin1Char('n');
+    HostFiles::write(longest, "old");
+    HostFiles::write(tooLong, "old");
+
+    QCOMPARE(PublicFile::write(longest, "new"), WriteResult::Written);
+    QCOMPARE(PublicFile::write(tooLong, "new"), WriteResult::CannotWrite);
+
+    QCOMPARE(HostFiles::read(longest), QByteArray("new"));
+    QCOMPARE(HostFiles::read(tooLong), QByteArray("old"));
+}
+
+QTEST_GUILESS_MAIN(PublicFileTest)
+#include "tst_publicfile.moc"
