@@ -6,6 +6,7 @@
 #include <cstring>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
+#include <utility>
 
 namespace SimBinder {
 
@@ -17,7 +18,8 @@ constexpr std::size_t PieceSize = 65536;
 } // namespace
 
 std::unique_ptr<Connection> Connection::create(UniqueFd socket, Device &device,
-                                               const Quirks &quirks)
+                                               const Quirks &quirks,
+                                               std::function<void()> showAllReadiness)
 {
     ucred peer = {};
     socklen_t size = sizeof peer;
@@ -27,14 +29,16 @@ std::unique_ptr<Connection> Connection::create(UniqueFd socket, Device &device,
     if (!readiness.isValid())
         return nullptr;
     return std::unique_ptr<Connection>(new Connection(std::move(socket), std::move(readiness),
-                                                      device, quirks, peer.pid, peer.uid));
+                                                      device, quirks, peer.pid, peer.uid,
+                                                      std::move(showAllReadiness)));
 }
 
 Connection::Connection(UniqueFd socket, UniqueFd readiness, Device &device, const Quirks &quirks,
-                       pid_t pid, uid_t euid)
+                       pid_t pid, uid_t euid, std::function<void()> showAllReadiness)
     : m_socket(std::move(socket))
     , m_readiness(std::move(readiness))
     , m_handler(device, quirks, pid, euid, m_readiness.get())
+    , m_showAllReadiness(std::move(showAllReadiness))
 {
 }
 
@@ -101,8 +105,9 @@ bool Connection::answerRequests()
         m_sent = 0;
         m_outputFiles = std::move(answer->files);
         m_lentFile = answer->lentFile;
-        // What the answer tells of readiness must be true when the driver polls next.
-        showReadiness();
+        // As in the kernel, everybody to whom this request gave work is woken before its sender
+        // goes on.
+        m_showAllReadiness();
         if (!send())
             return false;
     }

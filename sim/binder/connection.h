@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -16,9 +17,10 @@ namespace SimBinder {
 class Connection
 {
 public:
-    /// Null when the peer cannot be told or no descriptor is free.
-    static std::unique_ptr<Connection> create(UniqueFd socket, Device &device,
-                                              const Quirks &quirks);
+    /// Null when the peer cannot be told or no descriptor is free. `showAllReadiness` calls
+    /// showReadiness() of every connection.
+    static std::unique_ptr<Connection> create(UniqueFd socket, Device &device, const Quirks &quirks,
+                                              std::function<void()> showAllReadiness);
 
     int socket() const { return m_socket.get(); }
 
@@ -33,7 +35,7 @@ public:
 
 private:
     Connection(UniqueFd socket, UniqueFd readiness, Device &device, const Quirks &quirks, pid_t pid,
-               uid_t euid);
+               uid_t euid, std::function<void()> showAllReadiness);
     bool receive();
     bool answerRequests();
     bool send();
@@ -42,6 +44,7 @@ private:
     UniqueFd m_readiness;
     bool m_isReadable = false;
     RequestHandler m_handler;
+    std::function<void()> m_showAllReadiness;
 
     std::vector<std::uint8_t> m_input;
     std::vector<UniqueFd> m_inputFiles;

@@ -132,7 +132,8 @@ void Router::accept()
     if (!socket.isValid())
         return;
     const int fd = socket.get();
-    auto connection = Connection::create(std::move(socket), m_device, m_quirks);
+    auto connection =
+        Connection::create(std::move(socket), m_device, m_quirks, [this] { showAllReadiness(); });
     if (connection != nullptr && watch(fd, EPOLLIN, true))
         m_connections[fd] = std::move(connection);
 }
@@ -148,9 +149,14 @@ void Router::process(int socket)
         m_connections.erase(found);
     else if (connection.isSending() != wasSending)
         watch(socket, connection.isSending() ? EPOLLOUT : EPOLLIN, false);
-    // One program's request can give work to any other.
-    for (const auto &other : m_connections)
-        other.second->showReadiness();
+    // The end of one program is work for others.
+    showAllReadiness();
+}
+
+void Router::showAllReadiness()
+{
+    for (const auto &connection : m_connections)
+        connection.second->showReadiness();
 }
 
 } // namespace SimBinder

@@ -31,6 +31,7 @@ private:
     int processEvents(int timeoutMs);
     void accept();
     void process(int socket);
+    void showAllReadiness();
 
     std::string m_path;
     Quirks m_quirks;
