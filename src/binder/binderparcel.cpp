@@ -5,7 +5,8 @@
 
 namespace {
 
-constexpr std::size_t SmallestString = 4; // the length word of the null string
+// Every item of a message takes at least one word.
+constexpr std::size_t SmallestItem = 4;
 
 } // namespace
 
@@ -137,7 +138,7 @@ QStringList BinderParcel::readStringList()
 {
     QStringList values;
     const int count = readInt32();
-    if (count < 1 || !canHold(count, SmallestString))
+    if (count < 1 || !canHold(count))
         return values;
     values.reserve(count);
     for (int i = 0; i < count; ++i)
@@ -166,9 +167,9 @@ std::shared_ptr<Binder::RemoteObject> BinderParcel::readNullableObject()
     return object;
 }
 
-bool BinderParcel::canHold(int count, std::size_t itemSize) const
+bool BinderParcel::canHold(int count) const
 {
-    if (!m_reader || static_cast<std::size_t>(count) > m_reader->bytesRemaining() / itemSize) {
+    if (!m_reader || static_cast<std::size_t>(count) > m_reader->bytesRemaining() / SmallestItem) {
         qCCritical(parcelLog) << "Count is larger than the message:" << count;
         return false;
     }

@@ -86,9 +86,12 @@ public:
 private:
     bool canRead() const { return m_reader && !m_reader->atEnd(); }
 
-    /// Whether `count` items, of at least `itemSize` bytes each, can still be in the message. One
-    /// critical line when not: a count is just a number that the runtime sent.
-    bool canHold(int count, std::size_t itemSize) const;
+    /// Whether `count` items can still be in the message. One critical line when not: a count is
+    /// just a number that the runtime sent.
+    bool canHold(int count) const;
+
+    /// One key and its value, as Bundles have them, into `values`.
+    void readPair(QVariantMap *values);
 
     std::optional<Binder::Writer> m_writer;
     std::optional<Binder::Reader> m_reader;

@@ -10,7 +10,6 @@ namespace {
 // "BNDL" in memory order (AOSP frameworks/base, core/java/android/os/BaseBundle.java).
 constexpr int BundleMagic = 0x4C444E42;
 constexpr int LengthPlaceholder = 1;
-constexpr std::size_t SmallestPair = 8; // a null key and a null value
 
 // Value tags (AOSP frameworks/base, core/java/android/os/Parcel.java).
 enum ValueTag : int {
@@ -161,15 +160,12 @@ QVariantMap BinderParcel::readBundle()
     const qint64 end = static_cast<qint64>(m_reader->bytesRemaining()) - length;
     const int count = readInt32();
     qCDebug(parcelLog) << "Bundle size: " << count;
-    if (count < 1 || !canHold(count, SmallestPair))
+    if (count < 1 || !canHold(count))
         return values;
     for (int i = 0; i < count; ++i) {
         if (static_cast<qint64>(m_reader->bytesRemaining()) <= end)
             qCWarning(parcelLog) << "Bundle too big";
-        const QString key = readString();
-        const QVariant value = readValue();
-        qCDebug(parcelLog) << "Key: " << key << "Value: " << value;
-        values.insert(key, value);
+        readPair(&values);
     }
     return values;
 }
@@ -180,13 +176,17 @@ QVariantMap BinderParcel::readMap()
     if (!canRead())
         return values;
     const int count = readInt32();
-    if (count < 1 || !canHold(count, SmallestPair))
+    if (count < 1 || !canHold(count))
         return values;
-    for (int i = 0; i < count; ++i) {
-        const QString key = readString();
-        const QVariant value = readValue();
-        qCDebug(parcelLog) << "Key: " << key << "Value: " << value;
-        values.insert(key, value);
-    }
+    for (int i = 0; i < count; ++i)
+        readPair(&values);
     return values;
+}
+
+void BinderParcel::readPair(QVariantMap *values)
+{
+    const QString key = readString();
+    const QVariant value = readValue();
+    qCDebug(parcelLog) << "Key: " << key << "Value: " << value;
+    values->insert(key, value);
 }

@@ -28,8 +28,8 @@ QString BinderParcel::readUriPart()
 {
     if (!canRead())
         return QString();
-    // One string follows for every representation. A part in both forms carries a second one,
-    // which stays unread on purpose: the runtime's own listings depend on the order we keep.
+    // One string is read for every representation. A part in both forms (0) carries a second one,
+    // which is left unread on purpose.
     const int representation = readInt32();
     const QString part = readString();
     if (representation == DecodedPart)
