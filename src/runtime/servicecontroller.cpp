@@ -2,8 +2,8 @@
 
 #include "runtime/logging.h"
 
+#include <QDBusAbstractInterface>
 #include <QDBusConnection>
-#include <QDBusInterface>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QDBusReply>
@@ -14,7 +14,7 @@ namespace {
 
 const QString Service = QStringLiteral("org.freedesktop.systemd1");
 const QString ManagerPath = QStringLiteral("/org/freedesktop/systemd1");
-const QString ManagerInterface = QStringLiteral("org.freedesktop.systemd1.Manager");
+constexpr char ManagerInterface[] = "org.freedesktop.systemd1.Manager";
 const QString UnitInterface = QStringLiteral("org.freedesktop.systemd1.Unit");
 const QString PropertiesInterface = QStringLiteral("org.freedesktop.DBus.Properties");
 const QString Unit = QStringLiteral("umbravm.service");
@@ -26,6 +26,17 @@ const QString Enabled = QStringLiteral("enabled");
 
 // QDBusConnection takes milliseconds; the largest number is libdbus's "wait for ever".
 constexpr int NoTimeout = std::numeric_limits<int>::max();
+
+/// systemd's manager. Unlike QDBusInterface, it does not ask systemd to describe itself first.
+class SystemdManager : public QDBusAbstractInterface
+{
+public:
+    explicit SystemdManager(QObject *parent)
+        : QDBusAbstractInterface(Service, ManagerPath, ManagerInterface,
+                                 QDBusConnection::systemBus(), parent)
+    {
+    }
+};
 
 void logState(const QVariantMap &properties)
 {
@@ -42,8 +53,7 @@ ServiceController *ServiceController::instance()
 }
 
 ServiceController::ServiceController()
-    : m_manager(new QDBusInterface(Service, ManagerPath, ManagerInterface,
-                                   QDBusConnection::systemBus(), this))
+    : m_manager(new SystemdManager(this))
 {
     m_manager->call(QStringLiteral("Subscribe"));
     const QDBusReply<QDBusObjectPath> unit = m_manager->call(QStringLiteral("LoadUnit"), Unit);

@@ -5,7 +5,7 @@
 #include <QStringList>
 #include <QVariantMap>
 
-class QDBusInterface;
+class QDBusAbstractInterface;
 
 /// Follows and drives "umbravm.service", the systemd unit that runs the Android runtime, over
 /// systemd's manager on the system bus (org.freedesktop.systemd1(5)).
@@ -45,7 +45,7 @@ public Q_SLOTS:
 private:
     ServiceController();
 
-    QDBusInterface *m_manager;
+    QDBusAbstractInterface *m_manager;
     QString m_unitPath;
     QString m_serviceState;
     bool m_serviceEnabled = false;
