@@ -4,6 +4,8 @@
 #include "platform/binder/client.h"
 #include "platform/binder/remoteobject.h"
 
+#include <QPointer>
+
 #include <utility>
 
 UmbraBinderCallbackClient *
@@ -47,7 +49,10 @@ UmbraBinderTransaction *UmbraBinderCallbackClient::createTransaction(quint32 cod
 void UmbraBinderCallbackClient::onDeath()
 {
     m_client.reset();
+    const QPointer<UmbraBinderCallbackClient> self(this);
     m_listener->onRemoteObjectDied(this);
-    Q_EMIT onConnectionChanged(false);
-    deleteLater();
+    if (!self.isNull())
+        Q_EMIT onConnectionChanged(false);
+    if (!self.isNull())
+        deleteLater();
 }

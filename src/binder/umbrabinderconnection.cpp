@@ -10,6 +10,8 @@
 #include "platform/binder/servicemanager.h"
 #include "runtime/servicecontroller.h"
 
+#include <QPointer>
+
 UmbraBinderConnection::UmbraBinderConnection(const char *serviceName,
                                              const char *interfaceDescriptor, bool persistent,
                                              QObject *parent)
@@ -36,9 +38,11 @@ UmbraBinderConnection::~UmbraBinderConnection()
 std::shared_ptr<Binder::Client> UmbraBinderConnection::client()
 {
     // Those who are just being told that the connection went down must not bring it up again.
-    if (m_client == nullptr && m_serviceManager != nullptr && !m_tearingDown)
-        lookUp();
-    return m_client;
+    if (m_client != nullptr || m_serviceManager == nullptr || m_tearingDown)
+        return m_client;
+    const QPointer<UmbraBinderConnection> self(this);
+    lookUp();
+    return self.isNull() ? nullptr : m_client;
 }
 
 UmbraBinderTransaction *UmbraBinderConnection::createTransaction(quint32 code, bool oneWay)
@@ -97,7 +101,13 @@ void UmbraBinderConnection::connectToService()
 
 void UmbraBinderConnection::lookUp()
 {
-    std::shared_ptr<Binder::RemoteObject> object = m_serviceManager->getService(m_serviceName);
+    // While the service manager is asked, the runtime may call handlers of ours that end this
+    // connection.
+    const QPointer<UmbraBinderConnection> self(this);
+    const std::shared_ptr<Binder::ServiceManager> serviceManager = m_serviceManager;
+    std::shared_ptr<Binder::RemoteObject> object = serviceManager->getService(m_serviceName);
+    if (self.isNull() || serviceManager != m_serviceManager)
+        return;
     if (object == nullptr) {
         qCDebug(binderLog) << "Could not find remote object for" << m_serviceName;
         return;
@@ -118,17 +128,21 @@ void UmbraBinderConnection::lookUp()
     Q_EMIT connectionChanged(true);
 }
 
-void UmbraBinderConnection::tearDown(KeepServiceManager keep)
+bool UmbraBinderConnection::tearDown(KeepServiceManager keep)
 {
     m_idleTimer.stop();
     m_client.reset();
     m_tearingDown = true;
+    const QPointer<UmbraBinderConnection> self(this);
     Q_EMIT connectionChanged(false);
+    if (self.isNull())
+        return false;
     m_tearingDown = false;
     releaseRemoteObject();
     removeRegistrationHandler();
     if (keep == KeepServiceManager::No)
         m_serviceManager.reset();
+    return true;
 }
 
 void UmbraBinderConnection::releaseRemoteObject()
@@ -151,6 +165,6 @@ void UmbraBinderConnection::removeRegistrationHandler()
 void UmbraBinderConnection::onDeath()
 {
     qCWarning(binderLog) << m_serviceName << "died! Trying to reconnect.";
-    tearDown(KeepServiceManager::Yes);
-    connectToService();
+    if (tearDown(KeepServiceManager::Yes))
+        connectToService();
 }

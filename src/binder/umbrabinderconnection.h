@@ -55,7 +55,8 @@ public:
 
 Q_SIGNALS:
     /// True after a successful lookup; false after every teardown, whether or not there was
-    /// anything to tear down.
+    /// anything to tear down. The destructor tears down too: a derived class that listens to its
+    /// own connection must stop listening in its destructor.
     void connectionChanged(bool connected);
 
 public Q_SLOTS:
@@ -71,7 +72,8 @@ private:
 
     void connectToService();
     void lookUp();
-    void tearDown(KeepServiceManager keep);
+    /// False when those who were told of it have deleted the connection.
+    bool tearDown(KeepServiceManager keep);
     void releaseRemoteObject();
     void removeRegistrationHandler();
     void onDeath();
@@ -79,7 +81,7 @@ private:
     const char *m_serviceName;
     const char *m_interfaceDescriptor;
     bool m_persistent;
-    std::unique_ptr<Binder::ServiceManager> m_serviceManager;
+    std::shared_ptr<Binder::ServiceManager> m_serviceManager;
     Binder::HandlerId m_registrationHandler = Binder::NoHandler;
     std::shared_ptr<Binder::RemoteObject> m_remoteObject;
     Binder::HandlerId m_deathHandler = Binder::NoHandler;

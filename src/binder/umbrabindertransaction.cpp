@@ -3,6 +3,8 @@
 #include "binder/logging.h"
 #include "platform/binder/client.h"
 
+#include <QPointer>
+
 #include <utility>
 
 UmbraBinderTransaction::UmbraBinderTransaction(std::shared_ptr<Binder::Client> client, quint32 code,
@@ -23,20 +25,25 @@ UmbraBinderTransaction::~UmbraBinderTransaction()
 
 qint32 UmbraBinderTransaction::execute()
 {
-    // The call may run handlers that end the connection: keep the client until it is back.
+    // While the runtime answers it may call handlers of ours that end the connection, and this
+    // object with it: keep what is needed until the call is back.
     const std::shared_ptr<Binder::Client> client = m_client;
+    const std::shared_ptr<Binder::OutgoingRequest> request = m_request;
+    const QPointer<UmbraBinderTransaction> self(this);
     if (client == nullptr || m_executed)
         return -1;
     m_executed = true;
     if (m_oneWay)
-        return client->transactOneWay(m_code, *m_request);
+        return client->transactOneWay(m_code, *request);
 
     Binder::Status status = -1;
-    m_reply = client->transact(m_code, *m_request, &status);
-    if (m_reply != nullptr)
-        m_replyParcel = BinderParcel(*m_reply);
-    else
+    std::unique_ptr<Binder::IncomingReply> reply = client->transact(m_code, *request, &status);
+    if (reply == nullptr) {
         qCDebug(binderLog) << "No reply available";
+    } else if (!self.isNull()) {
+        m_reply = std::move(reply);
+        m_replyParcel = BinderParcel(*m_reply);
+    }
     return status;
 }
 

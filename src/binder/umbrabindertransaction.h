@@ -41,7 +41,7 @@ private:
     quint32 m_code;
     bool m_oneWay;
     bool m_executed = false;
-    std::unique_ptr<Binder::OutgoingRequest> m_request;
+    std::shared_ptr<Binder::OutgoingRequest> m_request;
     std::unique_ptr<Binder::IncomingReply> m_reply;
     BinderParcel m_requestParcel;
     BinderParcel m_replyParcel;

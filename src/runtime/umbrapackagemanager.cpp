@@ -56,20 +56,25 @@ UmbraPackageManager::UmbraPackageManager(QObject *parent)
         onConnected(true);
 }
 
+UmbraPackageManager::~UmbraPackageManager()
+{
+    disconnect(this, &UmbraBinderConnection::connectionChanged, this, nullptr);
+}
+
 void UmbraPackageManager::installPackage(const QString &path, bool noObserver)
 {
     const std::shared_ptr<Binder::Client> remote = client();
     if (remote == nullptr)
         return;
-    const Binder::LocalObject *observer = noObserver ? nullptr : m_installObserver.get();
+    const std::shared_ptr<Binder::LocalObject> observer = noObserver ? nullptr : m_installObserver;
     if (DaemonConfig::androidSdkVersion() != LastSdkWithInstallPackage) {
-        UmbraServiceMonitor::instance()->installPackage(path, observer);
+        UmbraServiceMonitor::instance()->installPackage(path, observer.get());
         return;
     }
     const auto request = remote->createRequest();
     BinderParcel fields(*request);
     fields.writeString(path);
-    fields.writeLocalObject(observer);
+    fields.writeLocalObject(observer.get());
     fields.writeInt32(InstallFlags);
     fields.writeString(QString()); // installer package
     fields.writeInt32(Owner);
@@ -139,8 +144,11 @@ void UmbraPackageManager::onConnected(bool connected)
     if (!connected) {
         m_installObserver.reset();
         m_deleteObserver.reset();
+        m_formerObservers.clear();
         return;
     }
+    if (m_installObserver != nullptr)
+        m_formerObservers.insert(m_formerObservers.end(), {m_installObserver, m_deleteObserver});
     const Binder::IncomingCall onEvent =
         [this](Binder::IncomingRequest &request, quint32 code, quint32 flags,
                Binder::Status *status) -> std::unique_ptr<Binder::OutgoingReply> {

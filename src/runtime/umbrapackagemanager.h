@@ -6,6 +6,7 @@
 #include <QString>
 
 #include <memory>
+#include <vector>
 
 /// The daemon's client of the Android package manager service "package".
 ///
@@ -18,6 +19,7 @@ class UmbraPackageManager : public UmbraBinderConnection
 
 public:
     explicit UmbraPackageManager(QObject *parent = nullptr);
+    ~UmbraPackageManager() override;
 
     /// Installs an APK file; `path` is the one under which the runtime sees it.
     void installPackage(const QString &path, bool noObserver);
@@ -43,6 +45,9 @@ private:
     void handleDeleteEvent(Binder::IncomingRequest &request, quint32 code);
     void handleInstallResult(Binder::IncomingRequest &request);
 
-    std::unique_ptr<Binder::LocalObject> m_installObserver;
-    std::unique_ptr<Binder::LocalObject> m_deleteObserver;
+    std::shared_ptr<Binder::LocalObject> m_installObserver;
+    std::shared_ptr<Binder::LocalObject> m_deleteObserver;
+    // A connection that is made anew without an end between has new observers, but the results of
+    // calls made before still come to the old ones.
+    std::vector<std::shared_ptr<Binder::LocalObject>> m_formerObservers;
 };
