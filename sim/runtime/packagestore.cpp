@@ -7,6 +7,7 @@
 #include <QJsonObject>
 #include <QLoggingCategory>
 #include <QSaveFile>
+#include <QStorageInfo>
 
 #include <algorithm>
 
@@ -165,9 +166,8 @@ InstallResult PackageStore::copy(const QString &source, const QString &target) c
     }
     if (ok && to.commit())
         return InstallSucceeded;
-    // Qt calls a full disk a resource error.
-    return to.error() == QFile::ResourceError ? InstallFailedInsufficientStorage
-                                              : InstallFailedInternalError;
+    const bool full = QStorageInfo(QFileInfo(target).path()).bytesAvailable() < from.size();
+    return full ? InstallFailedInsufficientStorage : InstallFailedInternalError;
 }
 
 InstallResult PackageStore::install(const QString &runtimePath, int flags, QString *package)
