@@ -37,8 +37,10 @@ QString DeviceUnderTest::reasonToSkip()
 bool DeviceUnderTest::start()
 {
     QProcess &router = m_private->router;
-    router.start(QStringLiteral(SIM_BINDER_PROGRAM),
-                 {QStringLiteral("--strict"), QFile::decodeName(m_private->path)});
+    QStringList arguments =
+        qEnvironmentVariable("SIM_BINDER_ARGUMENTS").split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    arguments << QStringLiteral("--strict") << QFile::decodeName(m_private->path);
+    router.start(QStringLiteral(SIM_BINDER_PROGRAM), arguments);
     return router.waitForReadyRead(StartTimeoutMs) &&
            router.readLine().startsWith("bramd-sim-binder: listening at ");
 }
