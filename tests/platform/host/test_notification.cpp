@@ -1,12 +1,10 @@
+#include "platform/host/fakenotifications.h"
 #include "platform/host/notification.h"
 #include "platform/host/privatebus.h"
 #include "platform/host/sessionbus.h"
 #include "support/testcase.h"
 
 #include <QDBusArgument>
-#include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDBusVirtualObject>
 #include <QElapsedTimer>
 #include <QtTest>
 
@@ -15,38 +13,6 @@
 #include <unistd.h>
 
 namespace {
-
-/// The host's notification service: keeps what it is asked to show.
-class FakeNotifications : public QDBusVirtualObject
-{
-public:
-    explicit FakeNotifications(const QString &address)
-    {
-        QDBusConnection bus = QDBusConnection::connectToBus(address, connectionName());
-        bus.registerVirtualObject(QStringLiteral("/org/freedesktop/Notifications"), this);
-        bus.registerService(QStringLiteral("org.freedesktop.Notifications"));
-    }
-
-    ~FakeNotifications() override { QDBusConnection::disconnectFromBus(connectionName()); }
-
-    bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override
-    {
-        Q_UNUSED(connection)
-        messages.append(message);
-        return true;
-    }
-
-    QString introspect(const QString &path) const override
-    {
-        Q_UNUSED(path)
-        return QString();
-    }
-
-    QVector<QDBusMessage> messages;
-
-private:
-    static QString connectionName() { return QStringLiteral("notifications"); }
-};
 
 /// A socket that takes connections and never says a word.
 class DeafBus

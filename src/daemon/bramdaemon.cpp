@@ -1,0 +1,329 @@
+#include "daemon/bramdaemon.h"
+
+#include "config/daemonconfig.h"
+#include "daemon/bramdaemonadaptor.h"
+#include "daemon/notices.h"
+#include "daemon/packageform.h"
+#include "daemon/runtimeoffer.h"
+#include "platform/host/logging.h"
+#include "runtime/servicecontroller.h"
+#include "runtime/umbraservicemonitor.h"
+
+#include <QDBusConnection>
+#include <QDBusMetaType>
+#include <QDir>
+#include <QFileInfo>
+
+#include <cstdlib>
+
+BramDaemon::BramDaemon(const DaemonConfig *config, QObject *parent)
+    : QObject(parent)
+    , m_desktopManager(config)
+    , m_serviceController(ServiceController::instance())
+    , m_config(config)
+    , m_callerCheck(&m_devicePolicy)
+    , m_staging(config->path(DaemonConfig::StagingIncomingDir))
+{
+    qDBusRegisterMetaType<AppSizeInfo>();
+    qDBusRegisterMetaType<AndroidVersionData>();
+    connectSignals();
+    prepareStaging();
+    registerOnBus();
+    new BramDaemonAdaptor(this);
+}
+
+BramDaemon::~BramDaemon() = default;
+
+void BramDaemon::connectSignals()
+{
+    connect(&m_apkManager, &ApkManager::addLauncher, &m_desktopManager,
+            &DesktopManager::onCreateLauncher);
+    connect(&m_apkManager, &ApkManager::packageRemoved, &m_desktopManager,
+            &DesktopManager::onRemovePackage);
+    connect(&m_apkManager, &ApkManager::launchersComplete, &m_desktopManager,
+            &DesktopManager::onLaunchersComplete);
+    connect(UmbraServiceMonitor::instance(), &UmbraServiceMonitor::connectionChanged, this,
+            &BramDaemon::onUmbraServiceAvailable);
+    connect(&m_packageManager, &UmbraPackageManager::connectionChanged, this,
+            &BramDaemon::onPackageManagerAvailable);
+    connect(&m_packageManager, &UmbraPackageManager::installationResultReceived, this,
+            &BramDaemon::onNotifyInstallationResult);
+    connect(&m_packageManager, &UmbraPackageManager::uninstallationResultReceived, this,
+            &BramDaemon::onNotifyUninstallationResult);
+}
+
+void BramDaemon::prepareStaging()
+{
+    QDir().mkpath(m_config->path(DaemonConfig::StagingPackagedDir));
+    m_staging.prepare();
+    m_staging.removeLeftovers();
+}
+
+void BramDaemon::registerOnBus()
+{
+    const QString path = QStringLiteral("/com/corvo/bramd");
+    const QString service = QStringLiteral("com.corvo.bramd");
+    QDBusConnection bus = QDBusConnection::systemBus();
+    if (!bus.registerObject(path, this)) {
+        qCCritical(daemonLog) << "Cannot register object at " << path;
+        std::exit(EXIT_FAILURE);
+    }
+    if (!bus.registerService(service)) {
+        qCCritical(daemonLog) << "Cannot register D-Bus service at" << service;
+        std::exit(EXIT_FAILURE);
+    }
+}
+
+bool BramDaemon::installFile(const QString &filename, PackageSource source)
+{
+    qCDebug(daemonLog) << "installFile:" << filename;
+    if (!m_callerCheck.passes(*this)) {
+        qCCritical(daemonLog) << "APK installation prohibited";
+        publishNotification(qtTrId("bramd-app_installation_disallowed"), true);
+        return false;
+    }
+    if (!isRuntimeInstalled()) {
+        qCWarning(daemonLog) << "QRT is not installed, offering installation";
+        offerRuntime();
+        return false;
+    }
+    if (!filename.startsWith(QLatin1Char('/'))) {
+        qCCritical(daemonLog) << "Absolute path required:" << filename;
+        return false;
+    }
+    if (!QFileInfo::exists(filename)) {
+        qCCritical(daemonLog) << "File does not exist:" << filename;
+        return false;
+    }
+
+    startRuntime();
+    m_staging.prepare();
+    const QString staged = m_staging.stage(filename);
+    if (staged.isNull())
+        return false;
+    if (source == PackageSource::PartnerSpace)
+        m_partnerSpace.mark(fileName(filename));
+
+    const PackageMod request{runtimePath(staged), true, isInstalledSilently(filename, source)};
+    qCDebug(daemonLog) << "Asking QRT to install:" << request.path;
+    if (isRuntimeReady()) {
+        triggerPackageMod(request);
+    } else {
+        qCDebug(daemonLog) << "Umbravm not running. Saving " << request << " for later";
+        m_packageRequests.add(request);
+    }
+    return true;
+}
+
+bool BramDaemon::installPreloadFile(const QString &filename)
+{
+    return installFile(filename, PackageSource::Preload);
+}
+
+bool BramDaemon::installPartnerSpaceFile(const QString &filename)
+{
+    return installFile(filename, PackageSource::PartnerSpace);
+}
+
+bool BramDaemon::removeFile(const QString &filename)
+{
+    qCDebug(daemonLog) << "removeFile:" << filename;
+    if (!m_callerCheck.passes(*this)) {
+        qCCritical(daemonLog) << "APK uninstallation prohibited";
+        publishNotification(qtTrId("bramd-app_uninstallation_disallowed"), true);
+        return false;
+    }
+
+    startRuntime();
+    const QString entryPackage = m_desktopManager.packageOfDesktopFile(filename);
+    const QString package = packageForm(entryPackage.isEmpty() ? filename : entryPackage);
+    const PackageMod request{package, false, true};
+    if (isRuntimeReady()) {
+        triggerPackageMod(request);
+    } else {
+        qCDebug(daemonLog) << "Umbravm not running. Will remove " << request << " later";
+        m_packageRequests.add(request);
+    }
+    m_partnerSpace.unmark(fileName(filename));
+    removeHostPackage(package);
+    return true;
+}
+
+void BramDaemon::controlService(bool start)
+{
+    m_serviceController->controlService(start);
+}
+
+void BramDaemon::controlServiceAutostart(bool enable)
+{
+    m_serviceController->controlServiceAutostart(enable);
+}
+
+void BramDaemon::triggerPackageMod(const PackageMod &mod)
+{
+    if (mod.install) {
+        qCDebug(daemonLog) << "Installing" << mod;
+        m_packageManager.installPackage(mod.path, mod.silent);
+    } else {
+        qCDebug(daemonLog) << "Uninstalling" << mod;
+        m_packageManager.deletePackage(mod.path, mod.silent);
+    }
+}
+
+quint64 BramDaemon::getAndroidAppDataUsage()
+{
+    return 0;
+}
+
+bool BramDaemon::getAppStartOnBootup(const QString &packageName)
+{
+    Q_UNUSED(packageName)
+    return false;
+}
+
+void BramDaemon::setAppStartOnBootup(const QString &packageName, bool autoStartAllowed)
+{
+    Q_UNUSED(packageName)
+    Q_UNUSED(autoStartAllowed)
+}
+
+AppSizeInfo BramDaemon::getAppSize(const QString &packageName)
+{
+    Q_UNUSED(packageName)
+    return AppSizeInfo();
+}
+
+void BramDaemon::deleteAppCacheFiles(const QString &packageName)
+{
+    m_packageManager.deleteApplicationCacheFiles(packageName);
+}
+
+void BramDaemon::clearAppUserData(const QString &packageName)
+{
+    m_packageManager.clearApplicationUserData(packageName);
+}
+
+void BramDaemon::forceStopApp(const QString &packageName)
+{
+    Q_UNUSED(packageName)
+}
+
+void BramDaemon::launchIntent(const QString &action, const QString &data, const QString &type,
+                              const QString &packageName, const QString &className,
+                              const QString &category, const QVariantMap &extras)
+{
+    Q_UNUSED(action)
+    Q_UNUSED(data)
+    Q_UNUSED(type)
+    Q_UNUSED(packageName)
+    Q_UNUSED(className)
+    Q_UNUSED(category)
+    Q_UNUSED(extras)
+}
+
+void BramDaemon::launchApp(const QString &packageName)
+{
+    Q_UNUSED(packageName)
+}
+
+void BramDaemon::share(const QVariantMap &shareActionConfiguration)
+{
+    Q_UNUSED(shareActionConfiguration)
+}
+
+void BramDaemon::openAppSettings(const QString &packageName)
+{
+    Q_UNUSED(packageName)
+}
+
+void BramDaemon::viewLicenses() {}
+
+void BramDaemon::notifyRuntimeUpgrade(bool upgrading)
+{
+    Q_UNUSED(upgrading)
+}
+
+AndroidVersionData BramDaemon::getAndroidVersionData()
+{
+    return {DaemonConfig::androidSdkVersion(), DaemonConfig::androidRelease(),
+            DaemonConfig::androidSecurityPatch()};
+}
+
+void BramDaemon::publishNotification(const QString &text, bool isWarning)
+{
+    Notices::text(text, isWarning).publish(m_sessionBus);
+}
+
+void BramDaemon::onNotifyInstallationResult(bool success, const QString &package,
+                                            const QString &msg)
+{
+    QString summary = success ? qtTrId("bramd-install-success") : qtTrId("bramd-install-failed");
+    if (!package.isEmpty())
+        summary += QStringLiteral(": ") + m_desktopManager.applicationName(package);
+    Notices::result(summary, msg).publish(m_sessionBus);
+}
+
+void BramDaemon::onNotifyUninstallationResult(bool success, const QString &package)
+{
+    QString summary =
+        success ? qtTrId("bramd-uninstall-success") : qtTrId("bramd-uninstall-failed");
+    if (!package.isEmpty())
+        summary += QStringLiteral(": ") + package;
+    Notices::result(summary).publish(m_sessionBus);
+}
+
+void BramDaemon::onUmbraServiceAvailable(bool connected)
+{
+    if (connected && m_packageManager.isConnected())
+        releasePackageRequests();
+}
+
+void BramDaemon::onPackageManagerAvailable(bool connected)
+{
+    if (connected && UmbraServiceMonitor::instance()->isConnected())
+        releasePackageRequests();
+}
+
+void BramDaemon::onActivityManagerAvailable(bool connected)
+{
+    Q_UNUSED(connected)
+}
+
+void BramDaemon::startRuntime()
+{
+    const QString state = m_serviceController->serviceState();
+    if (state == QLatin1String("inactive") || state == QLatin1String("deactivating"))
+        m_serviceController->controlService(true);
+}
+
+bool BramDaemon::isRuntimeReady() const
+{
+    return m_packageManager.isConnected() && UmbraServiceMonitor::instance()->isConnected();
+}
+
+void BramDaemon::releasePackageRequests()
+{
+    m_packageRequests.release([this](const PackageMod &request) { triggerPackageMod(request); });
+}
+
+bool BramDaemon::isInstalledSilently(const QString &filename, PackageSource source) const
+{
+    if (source != PackageSource::File)
+        return true;
+    // An RPM package brought it: the user did not ask for this installation.
+    return filename == m_config->path(DaemonConfig::StagingPackagedDir) + fileName(filename);
+}
+
+QString BramDaemon::runtimePath(const QString &hostPath) const
+{
+    const QString dataRoot = m_config->path(DaemonConfig::DataRoot);
+    return hostPath.startsWith(dataRoot) ? hostPath.mid(dataRoot.size()) : hostPath;
+}
+
+void BramDaemon::removeHostPackage(const QString &package)
+{
+    const QString packagedApk =
+        m_config->path(DaemonConfig::StagingPackagedDir) + package + QStringLiteral(".apk");
+    if (QFileInfo::exists(packagedApk))
+        m_packageRemover.remove(QStringLiteral("lagoon-apk-%1").arg(package));
+}

@@ -1,0 +1,57 @@
+#include "config/daemonconfig.h"
+#include "daemon/bramdaemon.h"
+#include "daemon/loginwait.h"
+#include "daemon/sessionaddress.h"
+#include "daemon/terminationsignals.h"
+#include "platform/host/sdloginmonitor.h"
+
+#include <QCoreApplication>
+#include <QLocale>
+#include <QTextCodec>
+#include <QTranslator>
+
+#include <cstdio>
+#include <unistd.h>
+
+namespace {
+
+constexpr int exitNotRoot = 2;
+constexpr int exitNoLogins = 3;
+
+std::optional<uid_t> waitForLoggedInUser()
+{
+    SdLoginMonitor monitor;
+    return waitForUser(monitor);
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    if (::getuid() != 0) {
+        std::fprintf(stderr, "%s: Not running as root, exiting.\n", argv[0]);
+        return exitNotRoot;
+    }
+    const std::optional<uid_t> user = waitForLoggedInUser();
+    if (!user)
+        return exitNoLogins;
+    qputenv("DBUS_SESSION_BUS_ADDRESS", sessionBusAddress(*user));
+
+    QCoreApplication application(argc, argv);
+    // D-Bus names files in UTF-8. A system service may run in the "C" locale, in which Qt would
+    // not find those that are not plain ASCII.
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+    const TerminationSignals terminationSignals;
+
+    const QString catalogues = QStringLiteral("/usr/share/translations");
+    QTranslator engineeringEnglish;
+    engineeringEnglish.load(QStringLiteral("bramd_eng_en"), catalogues);
+    QCoreApplication::installTranslator(&engineeringEnglish);
+    QTranslator userLanguage;
+    userLanguage.load(QLocale::system(), QStringLiteral("bramd"), QStringLiteral("-"), catalogues);
+    QCoreApplication::installTranslator(&userLanguage);
+
+    const DaemonConfig config;
+    const BramDaemon daemon(&config);
+    return QCoreApplication::exec();
+}

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QString>
+
+/// The directory through which APK files reach the runtime's package manager: the runtime sees
+/// it, and only root may write there.
+class PackageStaging
+{
+public:
+    /// `directory` ends in "/".
+    explicit PackageStaging(const QString &directory);
+
+    /// Creates the directory if need be and makes it root's, mode 0755. Each failure is a
+    /// warning; it does not keep anyone from trying to go on.
+    void prepare() const;
+
+    /// Deletes the files that an earlier run has left there.
+    void removeLeftovers() const;
+
+    /// Puts a copy of a file there under the same file name, root's and readable by all, in place
+    /// of one that is there already. Returns the copy's path; null, after one critical line, on
+    /// failure.
+    QString stage(const QString &source) const;
+
+private:
+    QString m_directory;
+};

@@ -1,0 +1,244 @@
+#include "daemon/packagestaging.h"
+#include "support/testcase.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <sys/stat.h>
+
+class TestPackageStaging : public TestCase
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void the_directory_is_created_with_its_parents();
+    void an_existing_directory_becomes_roots_again();
+    void a_directory_that_cannot_be_made_is_reported();
+    void leftover_files_are_removed();
+    void a_file_is_staged_under_its_name_data();
+    void a_file_is_staged_under_its_name();
+    void a_staged_file_is_roots_and_readable_by_all();
+    void what_is_in_the_way_is_replaced_data();
+    void what_is_in_the_way_is_replaced();
+    void a_source_that_is_no_file_is_a_failed_copy_data();
+    void a_source_that_is_no_file_is_a_failed_copy();
+    void a_directory_in_the_way_is_a_failed_rename();
+    void a_missing_staging_directory_is_a_failed_copy();
+
+private:
+    PackageStaging staging() const { return PackageStaging(m_incoming); }
+    void write(const QString &file, const QByteArray &content) const;
+    static QByteArray read(const QString &file);
+    static mode_t mode(const QString &path);
+    QStringList incomingFiles() const;
+
+    QScopedPointer<QTemporaryDir> m_directory;
+    QString m_source;
+    QString m_incoming;
+};
+
+void TestPackageStaging::init()
+{
+    TestCase::init();
+    m_directory.reset(new QTemporaryDir);
+    m_source = m_directory->filePath(QStringLiteral("source/"));
+    m_incoming = m_directory->filePath(QStringLiteral("data/staging/incoming/"));
+    QVERIFY(QDir().mkpath(m_source));
+    staging().prepare();
+}
+
+void TestPackageStaging::write(const QString &file, const QByteArray &content) const
+{
+    QFile opened(file);
+    QVERIFY(opened.open(QIODevice::WriteOnly));
+    QCOMPARE(opened.write(content), content.size());
+}
+
+QByteArray TestPackageStaging::read(const QString &file)
+{
+    QFile opened(file);
+    return opened.open(QIODevice::ReadOnly) ? opened.readAll() : QByteArray("(cannot be read)");
+}
+
+mode_t TestPackageStaging::mode(const QString &path)
+{
+    struct stat status
+    {
+    };
+    return ::stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 07777 : 0;
+}
+
+QStringList TestPackageStaging::incomingFiles() const
+{
+    return QDir(m_incoming)
+        .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+}
+
+void TestPackageStaging::the_directory_is_created_with_its_parents()
+{
+    QVERIFY(QFileInfo(m_incoming).isDir());
+    QCOMPARE(mode(m_incoming), mode_t(0755));
+    QCOMPARE(QFileInfo(m_incoming).ownerId(), 0U);
+}
+
+void TestPackageStaging::an_existing_directory_becomes_roots_again()
+{
+    QCOMPARE(::chmod(QFile::encodeName(m_incoming).constData(), 0777), 0);
+
+    staging().prepare();
+
+    QCOMPARE(mode(m_incoming), mode_t(0755));
+}
+
+void TestPackageStaging::a_directory_that_cannot_be_made_is_reported()
+{
+    write(m_source + QStringLiteral("file"), "");
+    const QString impossible = m_source + QStringLiteral("file/incoming/");
+
+    PackageStaging(impossible).prepare();
+
+    const QString quoted = QStringLiteral("\"%1\"").arg(impossible);
+    QCOMPARE(takeLog(QtWarningMsg, QStringLiteral("com.corvo.bramd.daemon")),
+             QStringList({QStringLiteral("Cannot create incoming apk directory: ") + quoted,
+                          QStringLiteral("Cannot set ownership of directory: ") + quoted,
+                          QStringLiteral("Cannot set permission of directory: ") + quoted}));
+}
+
+void TestPackageStaging::leftover_files_are_removed()
+{
+    write(m_incoming + QStringLiteral("a.apk"), "a");
+    write(m_incoming + QStringLiteral(".hidden.apk.tmp"), "b");
+    QVERIFY(QDir(m_incoming).mkdir(QStringLiteral("directory")));
+
+    staging().removeLeftovers();
+
+    QCOMPARE(incomingFiles(), QStringList(QStringLiteral("directory")));
+    QVERIFY(takeLogLine(QtDebugMsg,
+                        QStringLiteral("Removing old incoming file: \"%1a.apk\"").arg(m_incoming)));
+}
+
+void TestPackageStaging::a_file_is_staged_under_its_name_data()
+{
+    QTest::addColumn<QString>("name");
+
+    QTest::newRow("plain") << QStringLiteral("a.apk");
+    QTest::newRow("with a line break") << QStringLiteral("a\nb.apk");
+    QTest::newRow("beyond ASCII") << QStringLiteral("K\u00e4se.apk");
+    QTest::newRow("three dots") << QStringLiteral("...");
+    QTest::newRow("with blanks") << QStringLiteral(" a b ");
+}
+
+void TestPackageStaging::a_file_is_staged_under_its_name()
+{
+    QFETCH(QString, name);
+    write(m_source + name, "content");
+
+    QCOMPARE(staging().stage(m_source + name), m_incoming + name);
+
+    QCOMPARE(incomingFiles(), QStringList(name));
+    QCOMPARE(read(m_incoming + name), QByteArray("content"));
+}
+
+void TestPackageStaging::a_staged_file_is_roots_and_readable_by_all()
+{
+    write(m_source + QStringLiteral("a.apk"), "content");
+    QVERIFY(QFile::setPermissions(m_source + QStringLiteral("a.apk"), QFile::ReadOwner));
+
+    const QString staged = staging().stage(m_source + QStringLiteral("a.apk"));
+
+    QCOMPARE(mode(staged), mode_t(0644));
+    QCOMPARE(QFileInfo(staged).ownerId(), 0U);
+    QCOMPARE(QFileInfo(staged).groupId(), 0U);
+}
+
+void TestPackageStaging::what_is_in_the_way_is_replaced_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("isLink");
+    QTest::addColumn<QString>("warning");
+
+    const QString staged = QStringLiteral("File already exists in incoming folder: \"%1a.apk\"");
+    const QString temporary =
+        QStringLiteral("Tmp file already exists in incoming folder: \"%1a.apk.tmp\"");
+    QTest::newRow("staged file") << QStringLiteral("a.apk") << false << staged;
+    QTest::newRow("temporary file") << QStringLiteral("a.apk.tmp") << false << temporary;
+    QTest::newRow("link as staged file") << QStringLiteral("a.apk") << true << staged;
+    QTest::newRow("link as temporary file") << QStringLiteral("a.apk.tmp") << true << temporary;
+}
+
+void TestPackageStaging::what_is_in_the_way_is_replaced()
+{
+    QFETCH(QString, name);
+    QFETCH(bool, isLink);
+    QFETCH(QString, warning);
+    write(m_source + QStringLiteral("a.apk"), "new");
+    if (isLink)
+        QVERIFY(QFile::link(QStringLiteral("/nonexistent"), m_incoming + name));
+    else
+        write(m_incoming + name, "old");
+
+    const QString staged = staging().stage(m_source + QStringLiteral("a.apk"));
+
+    QCOMPARE(takeLog(QtWarningMsg), QStringList(warning.arg(m_incoming)));
+    QCOMPARE(incomingFiles(), QStringList(QStringLiteral("a.apk")));
+    QVERIFY(!QFileInfo(staged).isSymLink());
+    QCOMPARE(read(staged), QByteArray("new"));
+}
+
+void TestPackageStaging::a_source_that_is_no_file_is_a_failed_copy_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("temporary");
+
+    QTest::newRow("FIFO") << QStringLiteral("fifo") << QStringLiteral("fifo.tmp");
+    QTest::newRow("directory") << QStringLiteral("directory") << QStringLiteral("directory.tmp");
+    QTest::newRow("missing") << QStringLiteral("missing") << QStringLiteral("missing.tmp");
+    QTest::newRow("this directory") << QStringLiteral(".") << QStringLiteral("..tmp");
+    QTest::newRow("parent directory") << QStringLiteral("..") << QStringLiteral("...tmp");
+    QTest::newRow("no name") << QStringLiteral("") << QStringLiteral(".tmp");
+}
+
+void TestPackageStaging::a_source_that_is_no_file_is_a_failed_copy()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, temporary);
+    QCOMPARE(::mkfifo(QFile::encodeName(m_source + QStringLiteral("fifo")).constData(), 0600), 0);
+    QVERIFY(QDir(m_source).mkdir(QStringLiteral("directory")));
+
+    QVERIFY(staging().stage(m_source + name).isNull());
+
+    QVERIFY(
+        takeLogLine(QtCriticalMsg, QStringLiteral("Could not copy incoming file: \"%1\" -> \"%2\"")
+                                       .arg(m_source + name, m_incoming + temporary)));
+    QCOMPARE(incomingFiles(), QStringList());
+}
+
+void TestPackageStaging::a_directory_in_the_way_is_a_failed_rename()
+{
+    write(m_source + QStringLiteral("a.apk"), "content");
+    QVERIFY(QDir(m_incoming).mkdir(QStringLiteral("a.apk")));
+
+    QVERIFY(staging().stage(m_source + QStringLiteral("a.apk")).isNull());
+
+    QCOMPARE(takeLog(QtWarningMsg).size(), 1);
+    QVERIFY(takeLogLine(
+        QtCriticalMsg,
+        QStringLiteral("Could not rename file: \"%1a.apk.tmp\" -> \"%1a.apk\"").arg(m_incoming)));
+}
+
+void TestPackageStaging::a_missing_staging_directory_is_a_failed_copy()
+{
+    write(m_source + QStringLiteral("a.apk"), "content");
+    QVERIFY(QDir(m_incoming).removeRecursively());
+
+    QVERIFY(staging().stage(m_source + QStringLiteral("a.apk")).isNull());
+
+    QCOMPARE(takeLog(QtCriticalMsg).size(), 1);
+}
+
+QTEST_GUILESS_MAIN(TestPackageStaging)
+#include "test_packagestaging.moc"
