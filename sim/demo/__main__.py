@@ -4,6 +4,7 @@ To be run inside the simulated phone (sim/phone/enter): installs every APK, draw
 the file PICTURE, and removes every APK again. With --keep the apps stay, and a shell is opened.
 """
 
+import os
 import subprocess
 import sys
 from pathlib import Path
@@ -92,6 +93,10 @@ def main(arguments):
             tell(phone, narrator, apks, Path(words[0]), keep)
         narrator.heading("Done", f"every line above was checked; {narrator.seconds:.1f} s")
         return 0
+    except BrokenPipeError:
+        # Nobody reads on: nothing more is to be told, not even by Python at its end.
+        os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
+        return 1
     # A condition that never came true is an AssertionError, an error from a bus a GLib.Error.
     except (Failure, AssertionError, GLib.Error, OSError) as error:
         narrator.failure(str(error))
