@@ -3,6 +3,7 @@
 #include "support/hostfiles.h"
 #include "support/testcase.h"
 
+#include <QTextCodec>
 #include <QtTest>
 
 class DesktopFileTest : public TestCase
@@ -10,6 +11,7 @@ class DesktopFileTest : public TestCase
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase();
     void init();
 
     void readsTheGroup_data();
@@ -29,6 +31,12 @@ private:
     const QString m_directory = QStringLiteral("/run/files");
     const QString m_path = QStringLiteral("/run/files/a.desktop");
 };
+
+void DesktopFileTest::initTestCase()
+{
+    // Desktop files are in UTF-8 whatever the locale says.
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
+}
 
 void DesktopFileTest::init()
 {
