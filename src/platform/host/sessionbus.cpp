@@ -15,8 +15,8 @@ SessionBus::~SessionBus() = default;
 SessionBus::Message SessionBus::createCall(const char *service, const char *path,
                                            const char *interface, const char *member)
 {
-    if (m_bus)
-        process(); // learns of a connection that was lost since
+    if (m_bus && isHungUp())
+        drop();
     if (!m_bus && !connectToBus())
         return nullptr;
     sd_bus_message *call = nullptr;
@@ -47,6 +47,12 @@ bool SessionBus::connectToBus()
     }
     watch();
     return m_bus != nullptr;
+}
+
+bool SessionBus::isHungUp() const
+{
+    pollfd polled{sd_bus_get_fd(m_bus.get()), POLLRDHUP, 0};
+    return ::poll(&polled, 1, 0) != 0;
 }
 
 void SessionBus::process()

@@ -38,6 +38,7 @@ public:
 
 private:
     bool connectToBus();
+    bool isHungUp() const;
     void process();
     void watch();
     void drop();
