@@ -46,10 +46,10 @@ FakeSystemd::FakeSystemd(const QString &busAddress, const Unit &unit)
     : m_object(unit)
     , m_connection(QDBusConnection::connectToBus(busAddress, ConnectionName))
 {
+    m_up = m_connection.registerVirtualObject(ManagerPath, &m_object, QDBusConnection::SubPath);
     m_object.moveToThread(&m_thread);
     m_thread.start();
-    m_up = m_connection.registerVirtualObject(ManagerPath, &m_object, QDBusConnection::SubPath) &&
-           m_connection.registerService(ServiceName);
+    m_up = m_up && m_connection.registerService(ServiceName);
 }
 
 FakeSystemd::~FakeSystemd()
