@@ -19,6 +19,8 @@ bool RuntimeHost::start(const QString &activeState)
 bool RuntimeHost::setUnitState(const QString &activeState)
 {
     const ServiceController *controller = ServiceController::instance();
+    if (controller->serviceState() == activeState)
+        return true;
     m_systemd->changeProperties({{QStringLiteral("ActiveState"), activeState}});
     return QTest::qWaitFor([&] { return controller->serviceState() == activeState; });
 }
