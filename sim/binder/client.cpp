@@ -1,8 +1,8 @@
 #include "binder/client.h"
 
 #include "binder/calls.h"
+#include "binder/context.h"
 #include "binder/death.h"
-#include "binder/device.h"
 
 #include <linux/android/binder.h>
 
@@ -27,8 +27,8 @@ void removeWork(WorkList *works, Matches matches)
 
 } // namespace
 
-Client::Client(Device &device, pid_t pid, uid_t euid)
-    : m_device(device)
+Client::Client(Context &context, pid_t pid, uid_t euid)
+    : m_context(context)
     , m_pid(pid)
     , m_euid(euid)
     , m_references(this)
@@ -39,7 +39,7 @@ Client::Client(Device &device, pid_t pid, uid_t euid)
 // The order is the kernel's: first the calls end, then the objects die, then the references go.
 Client::~Client()
 {
-    m_device.forgetContextManager(*this);
+    m_context.forgetContextManager(*this);
     abandonCalls();
     abandonWork(&m_threadWork);
     killNodes();
@@ -154,7 +154,7 @@ void Client::discardBuffer(const Buffer &buffer)
         // A program can have given back, by mistake, a reference that only this buffer held.
         Reference *reference = m_references.find(object.node.get());
         if (reference == nullptr || !letGo(*reference, strength))
-            m_device.misuse().report(m_pid, "BC_FREE_BUFFER of a buffer whose reference is gone");
+            m_context.misuse().report(m_pid, "BC_FREE_BUFFER of a buffer whose reference is gone");
     }
 }
 
@@ -191,7 +191,7 @@ Reference *Client::holdNode(const std::shared_ptr<Node> &node, Strength strength
     if (reference == nullptr) {
         if (m_references.size() >= MaxReferences)
             return nullptr;
-        reference = m_references.add(node, node == m_device.contextManager());
+        reference = m_references.add(node, node == m_context.contextManager());
         node->addReference(reference);
     }
     if (hold(*reference, strength, sender))

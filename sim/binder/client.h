@@ -17,7 +17,7 @@ struct flat_binder_object;
 
 namespace SimBinder {
 
-class Device;
+class Context;
 
 /// One open file of the device, used by one thread (struct binder_proc and its binder_thread).
 ///
@@ -29,12 +29,12 @@ class Device;
 class Client
 {
 public:
-    Client(Device &device, pid_t pid, uid_t euid);
+    Client(Context &context, pid_t pid, uid_t euid);
     ~Client();
     Client(const Client &) = delete;
     Client &operator=(const Client &) = delete;
 
-    Device &device() const { return m_device; }
+    Context &context() const { return m_context; }
     pid_t pid() const { return m_pid; }
     uid_t euid() const { return m_euid; }
 
@@ -112,7 +112,7 @@ private:
     void abandonWork(WorkList *works);
     void killNodes();
 
-    Device &m_device;
+    Context &m_context;
     pid_t m_pid;
     uid_t m_euid;
     bool m_isLooper = false;

@@ -1,7 +1,7 @@
 #include "binder/commandexecutor.h"
 
 #include "binder/client.h"
-#include "binder/device.h"
+#include "binder/context.h"
 #include "binder/messagesender.h"
 
 #include <cerrno>
@@ -52,7 +52,7 @@ int CommandExecutor::execute(const Command &command)
     case BC_INCREFS:
     case BC_ACQUIRE: {
         const auto handle = command.payloadAs<std::uint32_t>();
-        const std::shared_ptr<Node> &manager = m_client.device().contextManager();
+        const std::shared_ptr<Node> &manager = m_client.context().contextManager();
         if (handle == 0 && manager != nullptr && manager->owner() == &m_client) {
             note("the context manager holds handle 0");
             return -EINVAL;
@@ -101,7 +101,7 @@ int CommandExecutor::execute(const Command &command)
 void CommandExecutor::note(const char *misuse) const
 {
     if (misuse != nullptr)
-        m_client.device().misuse().report(m_client.pid(), misuse);
+        m_client.context().misuse().report(m_client.pid(), misuse);
 }
 
 void CommandExecutor::sendMessage(const Command &command)
@@ -126,7 +126,7 @@ void CommandExecutor::freeBuffer(std::uint64_t address)
 
 void CommandExecutor::hold(std::uint32_t handle, Strength strength)
 {
-    const std::shared_ptr<Node> manager = m_client.device().contextManager();
+    const std::shared_ptr<Node> manager = m_client.context().contextManager();
     if (handle == 0 && manager != nullptr) {
         if (m_client.holdNode(manager, strength, nullptr) != nullptr)
             return;

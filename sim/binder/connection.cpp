@@ -17,7 +17,7 @@ constexpr std::size_t PieceSize = 65536;
 
 } // namespace
 
-std::unique_ptr<Connection> Connection::create(UniqueFd socket, Device &device,
+std::unique_ptr<Connection> Connection::create(UniqueFd socket, Context &context,
                                                const Quirks &quirks,
                                                std::function<void()> showAllReadiness)
 {
@@ -29,15 +29,15 @@ std::unique_ptr<Connection> Connection::create(UniqueFd socket, Device &device,
     if (!readiness.isValid())
         return nullptr;
     return std::unique_ptr<Connection>(new Connection(std::move(socket), std::move(readiness),
-                                                      device, quirks, peer.pid, peer.uid,
+                                                      context, quirks, peer.pid, peer.uid,
                                                       std::move(showAllReadiness)));
 }
 
-Connection::Connection(UniqueFd socket, UniqueFd readiness, Device &device, const Quirks &quirks,
+Connection::Connection(UniqueFd socket, UniqueFd readiness, Context &context, const Quirks &quirks,
                        pid_t pid, uid_t euid, std::function<void()> showAllReadiness)
     : m_socket(std::move(socket))
     , m_readiness(std::move(readiness))
-    , m_handler(device, quirks, pid, euid, m_readiness.get())
+    , m_handler(context, quirks, pid, euid, m_readiness.get())
     , m_showAllReadiness(std::move(showAllReadiness))
 {
 }
@@ -71,7 +71,11 @@ bool Connection::receive()
     m_input.resize(used + (received > 0 ? static_cast<std::size_t>(received) : 0));
     if (received < 0)
         return errno == EAGAIN;
-    return received > 0 && m_inputFiles.size() <= MaxFiles;
+    if (m_inputFiles.size() > MaxFiles) {
+        m_handler.note("a request with more files than one can have");
+        return false;
+    }
+    return received > 0;
 }
 
 bool Connection::answerRequests()

@@ -19,7 +19,8 @@ class Connection
 public:
     /// Null when the peer cannot be told or no descriptor is free. `showAllReadiness` calls
     /// showReadiness() of every connection.
-    static std::unique_ptr<Connection> create(UniqueFd socket, Device &device, const Quirks &quirks,
+    static std::unique_ptr<Connection> create(UniqueFd socket, Context &context,
+                                              const Quirks &quirks,
                                               std::function<void()> showAllReadiness);
 
     int socket() const { return m_socket.get(); }
@@ -34,8 +35,8 @@ public:
     void showReadiness();
 
 private:
-    Connection(UniqueFd socket, UniqueFd readiness, Device &device, const Quirks &quirks, pid_t pid,
-               uid_t euid, std::function<void()> showAllReadiness);
+    Connection(UniqueFd socket, UniqueFd readiness, Context &context, const Quirks &quirks,
+               pid_t pid, uid_t euid, std::function<void()> showAllReadiness);
     bool receive();
     bool answerRequests();
     bool send();

@@ -2,7 +2,7 @@
 
 #include "binder/calls.h"
 #include "binder/client.h"
-#include "binder/device.h"
+#include "binder/context.h"
 
 #include <linux/android/binder.h>
 
@@ -79,7 +79,7 @@ void MessageSender::sendReply(const binder_transaction_data &reply, Payload *pay
 std::shared_ptr<Node> MessageSender::findTarget(std::uint32_t handle, std::uint32_t *error) const
 {
     if (handle == 0) {
-        std::shared_ptr<Node> manager = m_sender.device().contextManager();
+        std::shared_ptr<Node> manager = m_sender.context().contextManager();
         if (manager == nullptr) {
             *error = BR_DEAD_REPLY;
             return nullptr;
@@ -159,7 +159,7 @@ std::shared_ptr<Transaction> MessageSender::compose(const binder_transaction_dat
 
 bool MessageSender::refuse(const char *reason) const
 {
-    m_sender.device().misuse().report(m_sender.pid(), reason);
+    m_sender.context().misuse().report(m_sender.pid(), reason);
     return false;
 }
 

@@ -1,7 +1,7 @@
 #include "binder/objecttranslator.h"
 
 #include "binder/client.h"
-#include "binder/device.h"
+#include "binder/context.h"
 
 #include <cstring>
 #include <linux/android/binder.h>
@@ -66,7 +66,7 @@ bool ObjectTranslator::translate(Payload &payload, std::vector<PassedFile> *file
 
 bool ObjectTranslator::refuse(const char *reason) const
 {
-    m_sender.device().misuse().report(m_sender.pid(), reason);
+    m_sender.context().misuse().report(m_sender.pid(), reason);
     return false;
 }
 

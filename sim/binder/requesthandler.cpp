@@ -2,7 +2,7 @@
 
 #include "binder/commandexecutor.h"
 #include "binder/commandstream.h"
-#include "binder/device.h"
+#include "binder/context.h"
 #include "binder/payloadreader.h"
 #include "binder/returnwriter.h"
 
@@ -41,12 +41,12 @@ Answer answerOf(int result)
 
 } // namespace
 
-RequestHandler::RequestHandler(Device &device, const Quirks &quirks, pid_t pid, uid_t euid,
+RequestHandler::RequestHandler(Context &context, const Quirks &quirks, pid_t pid, uid_t euid,
                                int readinessFd)
-    : m_device(device)
+    : m_context(context)
     , m_quirks(quirks)
     , m_readinessFd(readinessFd)
-    , m_client(device, pid, euid)
+    , m_client(context, pid, euid)
 {
 }
 
@@ -112,10 +112,10 @@ std::optional<Answer> RequestHandler::control(const Request &request)
     case BINDER_SET_MAX_THREADS:
         return answerOf(0); // how many more threads may be asked for: here none ever is
     case BINDER_SET_CONTEXT_MGR:
-        return answerOf(m_device.setContextManager(m_client, object));
+        return answerOf(m_context.setContextManager(m_client, object));
     case BINDER_SET_CONTEXT_MGR_EXT:
         take(request.body, &position, &object);
-        return answerOf(m_device.setContextManager(m_client, object));
+        return answerOf(m_context.setContextManager(m_client, object));
     default:
         return answerOf(-EINVAL);
     }
@@ -169,7 +169,7 @@ int RequestHandler::read(const WriteReadRequest &header, ReturnWriter *returns)
 
 void RequestHandler::note(const std::string &misuse) const
 {
-    m_device.misuse().report(m_client.pid(), misuse);
+    m_context.misuse().report(m_client.pid(), misuse);
 }
 
 std::optional<Answer> RequestHandler::end(const char *misuse) const

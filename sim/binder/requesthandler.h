@@ -44,7 +44,7 @@ struct Answer
 class RequestHandler
 {
 public:
-    RequestHandler(Device &device, const Quirks &quirks, pid_t pid, uid_t euid, int readinessFd);
+    RequestHandler(Context &context, const Quirks &quirks, pid_t pid, uid_t euid, int readinessFd);
 
     /// The answer; nothing when the file is closed, or was misused in a way that ends it.
     std::optional<Answer> handle(Request request);
@@ -63,7 +63,7 @@ private:
     int read(const WriteReadRequest &header, ReturnWriter *returns);
     static bool isDue(unsigned period, unsigned *count);
 
-    Device &m_device;
+    Context &m_context;
     Quirks m_quirks;
     unsigned m_readsSinceInterrupted = 0;
     unsigned m_readsSinceEmpty = 0;

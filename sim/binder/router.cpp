@@ -43,7 +43,7 @@ UniqueFd stopSignals()
 Router::Router(const std::string &path, const Quirks &quirks, MisuseLog &misuse)
     : m_path(path)
     , m_quirks(quirks)
-    , m_device(misuse)
+    , m_context(misuse)
 {
 }
 
@@ -133,7 +133,7 @@ void Router::accept()
         return;
     const int fd = socket.get();
     auto connection =
-        Connection::create(std::move(socket), m_device, m_quirks, [this] { showAllReadiness(); });
+        Connection::create(std::move(socket), m_context, m_quirks, [this] { showAllReadiness(); });
     if (connection != nullptr && watch(fd, EPOLLIN, true))
         m_connections[fd] = std::move(connection);
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "binder/connection.h"
-#include "binder/device.h"
+#include "binder/context.h"
 #include "binder/misuselog.h"
 #include "binder/uniquefd.h"
 
@@ -35,7 +35,7 @@ private:
 
     std::string m_path;
     Quirks m_quirks;
-    Device m_device;
+    Context m_context;
     UniqueFd m_epoll;
     UniqueFd m_listener;
     UniqueFd m_signals;

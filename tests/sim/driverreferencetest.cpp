@@ -257,6 +257,19 @@ void DriverReferenceTest::whatWasNeverReceivedCannotBeFreed()
     manager().write(Commands().freeBuffer(call.address));
 }
 
+void DriverReferenceTest::whatIsNotFreedBeforeClosingIsNoted()
+{
+    expectMisuse("closes with 2 received messages not freed");
+    Party owner(device());
+    const quint32 handle = handOver(owner, 5, manager());
+    const quint32 other = handOver(owner, 6, manager());
+    manager().write(Commands().oneWay(handle, 1).oneWay(other, 2).oneWay(other, 3));
+    owner.readUntil("BR_TRANSACTION");
+    owner.readUntil("BR_TRANSACTION");
+
+    owner.close();
+}
+
 void DriverReferenceTest::handle0CanBeAcquired()
 {
     Party party(device());

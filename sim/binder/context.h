@@ -15,10 +15,10 @@ class Node;
 
 /// What all open files of one device share (struct binder_context): the context manager's node,
 /// and the list of misuse.
-class Device
+class Context
 {
 public:
-    explicit Device(MisuseLog &misuse)
+    explicit Context(MisuseLog &misuse)
         : m_misuse(misuse)
     {
     }

@@ -1,4 +1,4 @@
-#include "binder/device.h"
+#include "binder/context.h"
 
 #include "binder/client.h"
 
@@ -7,7 +7,7 @@
 
 namespace SimBinder {
 
-int Device::setContextManager(Client &client, const flat_binder_object &object)
+int Context::setContextManager(Client &client, const flat_binder_object &object)
 {
     if (m_contextManager != nullptr)
         return -EBUSY;
@@ -21,7 +21,7 @@ int Device::setContextManager(Client &client, const flat_binder_object &object)
     return 0;
 }
 
-void Device::forgetContextManager(const Client &client)
+void Context::forgetContextManager(const Client &client)
 {
     if (m_contextManager != nullptr && m_contextManager->owner() == &client)
         m_contextManager.reset();
