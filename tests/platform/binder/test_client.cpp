@@ -37,6 +37,7 @@ private Q_SLOTS:
     void unexpectedFileDescriptorsAreClosed();
     void theDriversQuirksAreHarmless_data();
     void theDriversQuirksAreHarmless();
+    void callsDoNotWaitWhileCommandsAreHeldUp();
     void aLostDeviceFailsEveryCall();
     void repliesMayOutliveEverything();
 };
@@ -401,20 +402,27 @@ void TestClient::theDriversQuirksAreHarmless()
     QFETCH(int, loneNoops);
     Phone phone;
     std::unique_ptr<LocalObject> observer;
-    observer = phone.manager->createLocalObject(
-        "test.IObserver",
-        [&](IncomingRequest &, quint32, quint32, Status *) { return observer->createReply(); });
+    observer = phone.manager->createLocalObject("test.IObserver",
+                                                [&](IncomingRequest &, quint32, quint32, Status *) {
+                                                    auto reply = observer->createReply();
+                                                    reply->writer().appendInt32(3);
+                                                    return reply;
+                                                });
     phone.thing->setHandler([&](const FakeTransaction &transaction) {
         phone.binder.quirks.interruptedReads = interruptedReads;
         phone.binder.quirks.loneNoops = loneNoops;
         return FakeReply::afterCall(
             transaction.sentObjects().front(), 2, FakeParcel(),
-            [](const FakeAnswer &) { return FakeReply::data(FakeParcel().int32(3)); });
+            [](const FakeAnswer &answer) { return FakeReply::data(FakeParcel(answer.data)); });
     });
+    phone.binder.addService("other");
+    auto other = phone.manager->getService("other");
+    other->addDeathHandler([] {});
 
     phone.binder.quirks.shortWrites = shortWrites;
     phone.binder.quirks.interruptedReads = interruptedReads;
     phone.binder.quirks.loneNoops = loneNoops;
+    other.reset(); // leaves commands that may not be taken at once
     for (int round = 0; round < 3; ++round) {
         const auto request = phone.client->createRequest();
         request->writer().appendLocalObject(observer.get());
@@ -428,12 +436,36 @@ void TestClient::theDriversQuirksAreHarmless()
     QTRY_VERIFY(phone.binder.isIdle());
 }
 
+void TestClient::callsDoNotWaitWhileCommandsAreHeldUp()
+{
+    Phone phone;
+    phone.binder.addService("first");
+    phone.binder.addService("second");
+    auto first = phone.manager->getService("first");
+    auto second = phone.manager->getService("second");
+    std::unique_ptr<LocalObject> observer;
+    observer = phone.manager->createLocalObject("test.IObserver",
+                                                [&](IncomingRequest &, quint32, quint32, Status *) {
+                                                    first.reset();
+                                                    second.reset();
+                                                    return nullptr;
+                                                });
+
+    phone.binder.quirks.shortWrites = true;
+    phone.binder.call(observer->id(), 1, FakeParcel(), FlagOneWay);
+    QTRY_VERIFY(first == nullptr);
+    QVERIFY(phone.client->transact(5, *phone.client->createRequest()) != nullptr);
+    phone.binder.quirks = {};
+}
+
 void TestClient::aLostDeviceFailsEveryCall()
 {
     Phone phone;
     bool died = false;
     const auto object = phone.manager->getService("thing");
     object->addDeathHandler([&] { died = true; });
+    phone.binder.addService("other");
+    const auto other = phone.manager->getService("other");
     phone.binder.breakFile();
 
     Status status = StatusOk;
@@ -445,6 +477,9 @@ void TestClient::aLostDeviceFailsEveryCall()
     QCOMPARE(takeLog(QtWarningMsg),
              QStringList{QStringLiteral("Lost binder device \"/dev/marshhopper\" \"Bad file "
                                         "descriptor\"")});
+    bool toldLater = false;
+    other->addDeathHandler([&] { toldLater = true; });
+    QTRY_VERIFY(toldLater);
 
     // who opens the device again gets a new file
     const auto manager = ServiceManager::open(Phone::Device);

@@ -70,6 +70,7 @@ private Q_SLOTS:
     void objectsInRequestsCanBeKept();
     void objectsCanBeHandedOverAgainAfterTheyWereDropped();
     void manyCallsAreServedInTurns();
+    void confirmationsOfRepliesAreNotTakenForOthers();
 };
 
 void TestLocalObject::callsAreServedFromTheEventLoop()
@@ -259,16 +260,20 @@ void TestLocalObject::theObjectMayBeDeletedWhileItServes()
 void TestLocalObject::everythingMayBeDeletedWhileAnObjectServes()
 {
     Phone phone;
+    bool openAfterwards = false;
     OwnObject own(phone, [&](IncomingRequest &, quint32, quint32, Status *) {
         own.object.reset();
         phone.client.reset();
         phone.manager.reset();
+        QMetaObject::invokeMethod(
+            this, [&] { openAfterwards = phone.binder.isOpen(); }, Qt::QueuedConnection);
         return nullptr;
     });
 
     const auto answer = phone.binder.call(own.id(), 7, request());
     QTRY_COMPARE(answer->count, 1);
     QTRY_VERIFY(!phone.binder.isOpen());
+    QVERIFY(openAfterwards); // not from within its own event
 }
 
 void TestLocalObject::callsOutAreAllowedWhileServing()
@@ -358,6 +363,24 @@ void TestLocalObject::manyCallsAreServedInTurns()
     QCoreApplication::processEvents();
     QVERIFY(own.codes.size() < 1000); // the rest of the program is not starved
     QTRY_COMPARE(own.codes.size(), std::size_t(1000));
+}
+
+void TestLocalObject::confirmationsOfRepliesAreNotTakenForOthers()
+{
+    Phone phone;
+    OwnObject own(phone);
+    phone.thing->setReply(6, FakeReply::failed());
+    // A call and the confirmation of its reply take a read each. With one read more, turns end
+    // between the two.
+    phone.binder.call(own.id(), 7, request(), FlagOneWay);
+    for (int i = 0; i < 1000; ++i)
+        phone.binder.call(own.id(), 7, request());
+
+    QTRY_VERIFY(!own.codes.empty());
+    QVERIFY(own.codes.size() < 1000);
+    QCOMPARE(phone.client->transactOneWay(6, *phone.client->createRequest()),
+             StatusFailedTransaction);
+    QTRY_COMPARE(own.codes.size(), std::size_t(1001));
 }
 
 QTEST_GUILESS_MAIN(TestLocalObject)
