@@ -3,6 +3,7 @@
 #include "platform/binder/remoteobject.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace Binder {
 
@@ -21,9 +22,12 @@ std::size_t objectSize(quint32 type)
     }
 }
 
-const FlatObject *flatObject(const char *bytes, quint64 position)
+// A copy, because objects lie at multiples of four bytes and have fields of eight.
+FlatObject flatObject(const char *bytes, quint64 position)
 {
-    return reinterpret_cast<const FlatObject *>(bytes + position);
+    FlatObject object;
+    std::memcpy(&object, bytes + position, sizeof object);
+    return object;
 }
 
 std::vector<quint64> wellFormed(const char *bytes, std::size_t size,
@@ -38,7 +42,7 @@ std::vector<quint64> wellFormed(const char *bytes, std::size_t size,
             continue;
         }
         objects.push_back(position);
-        free = position + objectSize(flatObject(bytes, position)->hdr.type);
+        free = position + objectSize(flatObject(bytes, position).hdr.type);
     }
     return objects;
 }
@@ -77,19 +81,21 @@ bool IncomingData::isPlain(std::size_t position, std::size_t size) const
     if (behind == m_objects.begin())
         return true;
     const quint64 object = *(behind - 1);
-    return object + objectSize(flatObject(m_bytes, object)->hdr.type) <= position;
+    return object + objectSize(flatObject(m_bytes, object).hdr.type) <= position;
 }
 
-const FlatObject *IncomingData::objectAt(std::size_t position) const
+std::optional<FlatObject> IncomingData::objectAt(std::size_t position) const
 {
     if (position > m_size || m_size - position < sizeof(FlatObject))
-        return nullptr;
-    const FlatObject *object = flatObject(m_bytes, position);
+        return std::nullopt;
+    const FlatObject object = flatObject(m_bytes, position);
     if (std::binary_search(m_objects.begin(), m_objects.end(), position))
         return object;
-    const bool isNull = object->hdr.type == BINDER_TYPE_BINDER && object->binder == 0 &&
-                        object->cookie == 0 && isPlain(position, sizeof(FlatObject));
-    return isNull ? object : nullptr;
+    if (object.hdr.type == BINDER_TYPE_BINDER && object.binder == 0 && object.cookie == 0 &&
+        isPlain(position, sizeof(FlatObject))) {
+        return object;
+    }
+    return std::nullopt;
 }
 
 std::shared_ptr<RemoteObject> IncomingData::remoteObject(Handle handle) const

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace Binder {
@@ -54,8 +55,8 @@ public:
     /// Whether `size` bytes from `position` on lie in the message and touch no object.
     bool isPlain(std::size_t position, std::size_t size) const;
 
-    /// The object at `position`; null when there is neither an object nor the null object.
-    const FlatObject *objectAt(std::size_t position) const;
+    /// The object at `position`, if there is one or the null object.
+    std::optional<FlatObject> objectAt(std::size_t position) const;
 
     std::shared_ptr<RemoteObject> remoteObject(Handle handle) const;
 

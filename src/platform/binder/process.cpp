@@ -85,7 +85,7 @@ public:
         // Descriptors that came with the message are ours from its delivery on. Nothing that we
         // serve takes any.
         for (const quint64 position : data.objects()) {
-            const FlatObject *object = data.objectAt(position);
+            const std::optional<FlatObject> object = data.objectAt(position);
             if (object->hdr.type == BINDER_TYPE_FD)
                 ::close(static_cast<int>(object->handle));
         }

@@ -103,8 +103,8 @@ bool Reader::readByteArray(const char **bytes, int *size)
 
 bool Reader::readNullableObject(std::shared_ptr<RemoteObject> *object)
 {
-    const FlatObject *flat = m_data->objectAt(m_position);
-    if (flat == nullptr)
+    const std::optional<FlatObject> flat = m_data->objectAt(m_position);
+    if (!flat)
         return false;
 
     std::shared_ptr<RemoteObject> remote;
