@@ -11,7 +11,7 @@ namespace {
 constexpr char DataRootVariable[] = "ANDROID_DATA_ROOT";
 
 /// Far above any real file, which has a few KiB: a damaged image must not fill the memory.
-constexpr qint64 MaxBuildPropertiesBytes = 1024 * 1024;
+constexpr qint64 MaxBuildPropertiesBytes = Q_INT64_C(1024) * 1024;
 
 BuildProperties &buildProperties()
 {
@@ -37,7 +37,7 @@ QString dataRootFromEnvironment()
 {
     if (!qEnvironmentVariableIsSet(DataRootVariable))
         return QStringLiteral("/home/.android");
-    const QString dataRoot = QString::fromUtf8(qgetenv(DataRootVariable));
+    QString dataRoot = QString::fromUtf8(qgetenv(DataRootVariable));
     qCDebug(configLog) << "Using custom path for apps + data: " << dataRoot;
     return dataRoot;
 }
