@@ -87,6 +87,8 @@ class Unit:
             return
         self._stopping = True
         self.show("deactivating")
+        # A container takes its time to stop, this program does not: let the news arrive first.
+        self._manager.connection.flush()
         self._process.send_signal(signal.SIGTERM)
         GLib.timeout_add(STOP_TIMEOUT_MS, self._insist, self._process)
 
