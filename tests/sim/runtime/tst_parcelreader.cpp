@@ -6,6 +6,9 @@
 
 using namespace SimRuntime;
 
+Q_DECLARE_METATYPE(Parcel)
+Q_DECLARE_METATYPE(std::function<void(ParcelReader *)>)
+
 class ParcelReaderTest : public TestCase
 {
     Q_OBJECT
@@ -149,9 +152,6 @@ void ParcelReaderTest::limitsListsToWhatTheMessageCanHold()
     QCOMPARE(impossible.count(4, &isNull), 0);
     QVERIFY(impossible.failed());
 }
-
-Q_DECLARE_METATYPE(Parcel)
-Q_DECLARE_METATYPE(std::function<void(ParcelReader *)>)
 
 QTEST_GUILESS_MAIN(ParcelReaderTest)
 #include "tst_parcelreader.moc"

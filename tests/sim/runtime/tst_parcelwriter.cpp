@@ -5,6 +5,8 @@
 
 using namespace SimRuntime;
 
+Q_DECLARE_METATYPE(std::function<void(ParcelWriter *)>)
+
 class ParcelWriterTest : public TestCase
 {
     Q_OBJECT
@@ -89,8 +91,6 @@ void ParcelWriterTest::listsObjectsButNotTheNullObject()
 
     QCOMPARE(writer.parcel().objects, (QVector<quint64>{4, 52}));
 }
-
-Q_DECLARE_METATYPE(std::function<void(ParcelWriter *)>)
 
 QTEST_GUILESS_MAIN(ParcelWriterTest)
 #include "tst_parcelwriter.moc"
