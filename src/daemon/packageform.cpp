@@ -7,7 +7,7 @@ QString fileName(const QString &path)
 
 QString packageForm(const QString &name)
 {
-    const QString package = fileName(name);
+    QString package = fileName(name);
     if (!package.endsWith(QLatin1String(".apk")))
         return package;
     return package.left(package.lastIndexOf(QLatin1Char('.')));

@@ -72,7 +72,7 @@ void PackageStaging::removeLeftovers() const
 QString PackageStaging::stage(const QString &source) const
 {
     const QString name = fileName(source);
-    const QString staged = m_directory + name;
+    QString staged = m_directory + name;
     const QString temporary = staged + QStringLiteral(".tmp");
     const bool mayBeStaged = !isNoFileName(name);
 
