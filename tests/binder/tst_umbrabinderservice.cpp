@@ -2,6 +2,9 @@
 #include "binder/umbrabinderservice.h"
 #include "fakes/fakebinder.h"
 #include "fakes/runtimehost.h"
+#include "platform/binder/incomingdata.h"
+#include "platform/binder/message.h"
+#include "platform/binder/outgoingdata.h"
 #include "support/testcase.h"
 
 #include <QPointer>
@@ -80,6 +83,7 @@ private Q_SLOTS:
     void answersCalls();
     void answersRefusedCallsWithStatusOne();
     void servesOneWayCallsWithAReplyThatIgnoresWrites();
+    void makesAReplyOnlyForCallersThatWait();
     void refusesCallsByDefault();
     void mayBeResetInsideACall();
     void mayBeDeletedInsideACall();
@@ -261,6 +265,23 @@ void UmbraBinderServiceTest::servesOneWayCallsWithAReplyThatIgnoresWrites()
     QTRY_COMPARE(adder.numbers, QVector<int>({41, 42}));
     QTRY_VERIFY(binder.isIdle());
     QCOMPARE(answer->count, 0);
+}
+
+void UmbraBinderServiceTest::makesAReplyOnlyForCallersThatWait()
+{
+    FakeBinder binder;
+    QVERIFY(m_host.setUnitState(QStringLiteral("active")));
+    Adder adder;
+    Binder::IncomingRequest request(
+        std::make_unique<Binder::IncomingData>(token().int32(41).data()), Descriptor);
+    Binder::Status status = -7;
+
+    const auto waiting = adder.handleTransaction(request, 1, 0, &status);
+    QCOMPARE(status, 0);
+    QCOMPARE(waiting->data().bytes(), word(42));
+
+    QVERIFY(adder.handleTransaction(request, 9, Binder::FlagOneWay, &status) == nullptr);
+    QCOMPARE(status, 1);
 }
 
 void UmbraBinderServiceTest::refusesCallsByDefault()
