@@ -24,7 +24,7 @@ namespace {
 // served; beyond that they are lost for their sender. The runtime announces apps, icons included,
 // in that way, and now and then this process is busy for seconds. Pages are only taken while a
 // message lies in them, so the room costs nothing but addresses.
-constexpr std::size_t MappingSize = 4 * 1024 * 1024;
+constexpr std::size_t MappingSize = std::size_t(4) * 1024 * 1024;
 
 // All calls are served on the one thread that opened the device.
 constexpr quint32 AdditionalThreads = 0;
@@ -62,7 +62,7 @@ std::unique_ptr<Channel> Channel::open(const QByteArray &device)
     std::unique_ptr<Channel> channel(new Channel(device, std::move(driver)));
     channel->queue(BC_ENTER_LOOPER);
     channel->flush();
-    return channel;
+    return channel->isLost() ? nullptr : std::move(channel);
 }
 
 Channel::Channel(const QByteArray &device, std::unique_ptr<Driver> driver)

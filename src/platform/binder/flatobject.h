@@ -10,6 +10,7 @@ namespace Binder {
 /// A binder object as it lies in a message (linux/android/binder.h). The Android releases that we
 /// talk to write nothing behind it.
 using FlatObject = flat_binder_object;
+static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN, "messages are read and written as they lie");
 static_assert(sizeof(FlatObject) == 24, "layout of objects in messages");
 static_assert(offsetof(FlatObject, cookie) == 16, "layout of objects in messages");
 

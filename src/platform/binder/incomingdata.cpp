@@ -49,7 +49,7 @@ std::vector<quint64> wellFormed(const char *bytes, std::size_t size,
 
 } // namespace
 
-IncomingData::IncomingData(const char *bytes, std::size_t size, std::vector<quint64> objects,
+IncomingData::IncomingData(const char *bytes, std::size_t size, const std::vector<quint64> &objects,
                            std::unique_ptr<Source> source)
     : m_bytes(bytes)
     , m_size(size)
@@ -58,7 +58,7 @@ IncomingData::IncomingData(const char *bytes, std::size_t size, std::vector<quin
 {
 }
 
-IncomingData::IncomingData(const QByteArray &bytes, std::vector<quint64> objects)
+IncomingData::IncomingData(const QByteArray &bytes, const std::vector<quint64> &objects)
     : m_storage(bytes)
     , m_bytes(m_storage.constData())
     , m_size(static_cast<std::size_t>(m_storage.size()))

@@ -38,12 +38,12 @@ public:
     };
 
     /// A message in the driver's buffer; `bytes` stays readable until it is released.
-    IncomingData(const char *bytes, std::size_t size, std::vector<quint64> objects,
+    IncomingData(const char *bytes, std::size_t size, const std::vector<quint64> &objects,
                  std::unique_ptr<Source> source);
 
     /// A message that came through no driver. The objects of other processes in it cannot be
     /// told apart and read as failures.
-    explicit IncomingData(const QByteArray &bytes, std::vector<quint64> objects = {});
+    explicit IncomingData(const QByteArray &bytes, const std::vector<quint64> &objects = {});
     ~IncomingData();
     IncomingData(const IncomingData &) = delete;
     IncomingData &operator=(const IncomingData &) = delete;

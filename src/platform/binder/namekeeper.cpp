@@ -64,8 +64,13 @@ bool NameKeeper::findManager()
         return true;
     // The driver silently ignores a reference to a context manager that is not there, and then
     // its death would never be reported.
-    if (ContextManager::ping(m_process) != StatusOk)
+    const Status status = ContextManager::ping(m_process);
+    if (status != StatusOk) {
+        // other than dead: the kernel may refuse every call for lack of a security context
+        if (status != StatusDeadObject)
+            qCDebug(lcBinderDriver) << "Service manager cannot be called, status" << status;
         return false;
+    }
     if (m_manager == nullptr) { // found meanwhile, by a call back into this process
         m_manager = m_process.remoteObject(ContextManagerHandle);
         m_manager->addDeathHandler([this] { onManagerDied(); });

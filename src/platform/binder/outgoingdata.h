@@ -16,7 +16,7 @@ class OutgoingData
 public:
     /// The driver maps at most this much for a receiver, so nothing longer can be delivered
     /// (Linux, drivers/android/binder_alloc.c).
-    static constexpr std::size_t MaxSize = 4 * 1024 * 1024;
+    static constexpr std::size_t MaxSize = std::size_t(4) * 1024 * 1024;
 
     /// Extends the message by `size` bytes, rounded up to a multiple of four and zeroed, which
     /// the caller then fills. Null when the message would become too long; from then on nothing

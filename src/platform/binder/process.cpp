@@ -43,7 +43,9 @@ quint64 address(const void *pointer)
 template <typename Item>
 const Item *pointer(quint64 address)
 {
-    return reinterpret_cast<const Item *>(static_cast<std::uintptr_t>(address));
+    // the driver's interface has addresses as numbers
+    return reinterpret_cast<const Item *>( // NOLINT(performance-no-int-to-ptr)
+        static_cast<std::uintptr_t>(address));
 }
 
 } // namespace
@@ -139,7 +141,6 @@ void Process::runFromEventLoop(const std::function<void()> &function)
     function();
     // The event that brought us here came from a notifier or timer of ours, which must outlive it.
     if (self.use_count() == 1) {
-        m_notifier->setEnabled(false);
         QMetaObject::invokeMethod(
             QCoreApplication::instance(), [self = std::move(self)] {}, Qt::QueuedConnection);
     }

@@ -64,6 +64,7 @@ private Q_SLOTS:
     void droppedObjectsAreDead();
     void theObjectMayBeDeletedWhileItServes();
     void everythingMayBeDeletedWhileAnObjectServes();
+    void aFileThatIsAboutToBeClosedCanBeUsedAgain();
     void callsOutAreAllowedWhileServing();
     void tooLargeRepliesAreRefused();
     void callersMayDieBeforeTheyAreAnswered();
@@ -274,6 +275,38 @@ void TestLocalObject::everythingMayBeDeletedWhileAnObjectServes()
     QTRY_COMPARE(answer->count, 1);
     QTRY_VERIFY(!phone.binder.isOpen());
     QVERIFY(openAfterwards); // not from within its own event
+}
+
+void TestLocalObject::aFileThatIsAboutToBeClosedCanBeUsedAgain()
+{
+    Phone phone;
+    bool reopened = false;
+    OwnObject own(phone, [&](IncomingRequest &, quint32, quint32, Status *) {
+        own.object.reset();
+        phone.client.reset();
+        phone.manager.reset();
+        QMetaObject::invokeMethod(
+            this,
+            [&] {
+                phone.manager = ServiceManager::open(Phone::Device);
+                reopened = true;
+            },
+            Qt::QueuedConnection);
+        return nullptr;
+    });
+    phone.binder.call(own.id(), 7, request());
+    QTRY_VERIFY(reopened);
+    QCOMPARE(phone.binder.timesOpened(), 1);
+
+    bool served = false;
+    const auto next = phone.manager->createLocalObject(
+        "test.IOwn", [&](IncomingRequest &, quint32, quint32, Status *) {
+            served = true;
+            return nullptr;
+        });
+    QCoreApplication::processEvents();
+    phone.binder.call(next->id(), 7, request());
+    QTRY_VERIFY(served);
 }
 
 void TestLocalObject::callsOutAreAllowedWhileServing()
