@@ -138,6 +138,26 @@ void DriverCallTest::aFailedCallStopsTheWriteUntilItIsRead()
     party.write(Commands().acquire(0).release(0));
 }
 
+void DriverCallTest::aFailedReplyStopsTheWriteUntilItIsRead()
+{
+    expectMisuse("a message with a handle that it does not have");
+    Party caller(device());
+    const quint32 handle = handOver(caller, 5, manager());
+    caller.write(Commands().call(0, 1));
+    const Return call = manager().readUntil("BR_TRANSACTION").last();
+    const Commands failing = Commands().freeBuffer(call.address).reply(Message().handle(77));
+    Commands commands = failing;
+    commands.release(handle);
+
+    const Outcome written = manager().exchange(commands, 0);
+
+    QCOMPARE(written.result, 0);
+    QCOMPARE(written.writeConsumed, quint64(failing.bytes().size()));
+    QCOMPARE(manager().readNow().names(), QStringList{QStringLiteral("BR_TRANSACTION_COMPLETE")});
+    manager().write(Commands().release(handle));
+    caller.readUntil("BR_FAILED_REPLY");
+}
+
 void DriverCallTest::aReadEndsAfterOneCall()
 {
     Party first(device());

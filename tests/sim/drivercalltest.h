@@ -17,6 +17,7 @@ private Q_SLOTS:
     void theContextManagerCannotCallHandle0();
     void aReplyWithNothingToAnswerFails();
     void aFailedCallStopsTheWriteUntilItIsRead();
+    void aFailedReplyStopsTheWriteUntilItIsRead();
     void aReadEndsAfterOneCall();
     void aSecondCallWhileWaitingFails();
     void unrelatedCallsWaitUntilTheThreadIsIdle();

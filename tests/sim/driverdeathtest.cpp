@@ -290,6 +290,19 @@ void DriverDeathTest::theLastReleaseDropsTheRequest()
     QVERIFY(!manager().isReadable());
 }
 
+void DriverDeathTest::theLastReleaseDropsADeathThatIsQueued()
+{
+    Party owner(device());
+    const quint32 handle = handOver(owner, 5, manager());
+    manager().write(Commands().requestDeath(handle, Cookie));
+    owner.kill();
+    QTRY_VERIFY(manager().isReadable());
+
+    manager().write(Commands().release(handle));
+
+    QVERIFY(!manager().isReadable());
+}
+
 void DriverDeathTest::anAnswerForAForgottenCookieIsFine()
 {
     Party owner(device());

@@ -26,6 +26,7 @@ private Q_SLOTS:
     void deathsWaitUntilTheThreadIsIdle();
     void aConfirmationComesInsideACall();
     void theLastReleaseDropsTheRequest();
+    void theLastReleaseDropsADeathThatIsQueued();
     void anAnswerForAForgottenCookieIsFine();
     void anAnswerThatNobodyAskedForIsIgnored();
     void theContextManagerCanBeWatched();

@@ -40,6 +40,7 @@ private:
     std::unique_ptr<MisuseLog> m_misuse;
     std::unique_ptr<Context> m_context;
     std::unique_ptr<Client> m_owner;
+    std::unique_ptr<Client> m_holder;
     std::shared_ptr<Node> m_node;
     Reference m_reference;
 };
@@ -55,11 +56,14 @@ void TestNode::init()
     object.binder = 5;
     object.cookie = 6;
     m_node = m_owner->addNode(object);
+    m_holder = std::make_unique<Client>(*m_context, 2, 0);
+    m_reference.holder = m_holder.get();
 }
 
 void TestNode::cleanup()
 {
     m_owner.reset();
+    m_holder.reset();
     m_node.reset();
     TestCase::cleanup();
 }
