@@ -4,6 +4,7 @@
 #include "runtime/launcherservice.h"
 
 #include <QLoggingCategory>
+#include <QPointer>
 
 Q_LOGGING_CATEGORY(lcAnnouncer, "sim.runtime.announcer")
 
@@ -74,6 +75,7 @@ void Announcer::addActivities(const QString &package)
 
 void Announcer::announceAll()
 {
+    ++m_round;
     m_queue.clear();
     for (const QString &package : m_store->names())
         addActivities(package);
@@ -109,17 +111,23 @@ void Announcer::sendNext()
     m_sending = true;
     const Announcement next = m_queue.dequeue();
     m_caller->call(launcherName(), next.code, next.parcel, CallMode::TwoWay,
-                   [this, code = next.code](qint32 status, const Parcel &) {
-                       m_sending = false;
-                       if (status == StatusDeadObject || status == StatusNameNotFound) {
-                           m_queue.clear();
-                           return;
-                       }
-                       if (status != StatusOk)
-                           qCWarning(lcAnnouncer)
-                               << "Announcement" << code << "was answered with status" << status;
-                       sendNext();
+                   [self = QPointer<Announcer>(this), code = next.code,
+                    round = m_round](qint32 status, const Parcel &) {
+                       if (self)
+                           self->onAnswered(code, round, status);
                    });
+}
+
+void Announcer::onAnswered(quint32 code, int round, qint32 status)
+{
+    m_sending = false;
+    if (status == StatusDeadObject || status == StatusNameNotFound) {
+        if (round == m_round) // not if the launcher service is back already
+            m_queue.clear();
+    } else if (status != StatusOk) {
+        qCWarning(lcAnnouncer) << "Announcement" << code << "was answered with status" << status;
+    }
+    sendNext();
 }
 
 } // namespace SimRuntime

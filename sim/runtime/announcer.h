@@ -39,12 +39,14 @@ private:
     void add(quint32 code, const ParcelWriter &request);
     ParcelWriter request() const;
     void sendNext();
+    void onAnswered(quint32 code, int round, qint32 status);
 
     Caller *m_caller;
     const PackageStore *m_store;
     int m_sdk;
     QQueue<Announcement> m_queue;
     bool m_sending = false;
+    int m_round = 0; ///< how often everything has been announced
 };
 
 } // namespace SimRuntime

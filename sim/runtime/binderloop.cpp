@@ -67,6 +67,15 @@ BinderLoop::BinderLoop(std::unique_ptr<Binder::Driver> driver, QObject *parent)
 BinderLoop::~BinderLoop()
 {
     m_notifier.reset(); // before the descriptor goes
+    if (m_lost)
+        return;
+    // Whoever still waits for an answer learns from the closing that there is none.
+    for (const quint64 buffer : qAsConst(m_unanswered))
+        appendCommand(&m_toWrite, BC_FREE_BUFFER, buffer);
+    binder_write_read exchange{};
+    exchange.write_size = quint64(m_toWrite.size());
+    exchange.write_buffer = address(m_toWrite.constData());
+    m_driver->control(BINDER_WRITE_READ, &exchange);
 }
 
 bool BinderLoop::start()

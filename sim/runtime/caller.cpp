@@ -30,13 +30,12 @@ Caller::Caller(const QStringList &arguments, QObject *parent)
 Caller::~Caller()
 {
     m_process.disconnect(this);
-    if (m_process.state() == QProcess::NotRunning)
-        return;
     m_process.closeWriteChannel();
-    if (!m_process.waitForFinished(ExitTimeLimitMs)) {
+    if (m_process.state() != QProcess::NotRunning && !m_process.waitForFinished(ExitTimeLimitMs)) {
         m_process.kill();
         m_process.waitForFinished(ExitTimeLimitMs);
     }
+    failPending();
 }
 
 void Caller::call(const QString &service, quint32 code, const Parcel &parcel, CallMode mode,
@@ -71,6 +70,11 @@ void Caller::onOutput()
 void Caller::onFinished()
 {
     qCWarning(lcCaller) << "The process that makes the calls has ended";
+    failPending();
+}
+
+void Caller::failPending()
+{
     const auto pending = std::exchange(m_pending, {});
     for (const auto &completion : pending)
         completion(StatusDeadObject, {});

@@ -24,13 +24,14 @@ public:
     ~Caller() override;
 
     /// `parcel` is the whole request. Told of the outcome from the event loop: StatusNameNotFound
-    /// when there is no such service. Not told any more once this object is gone.
+    /// when there is no such service, StatusDeadObject when this object goes first.
     void call(const QString &service, quint32 code, const Parcel &parcel, CallMode mode,
               BinderLoop::Completion completion);
 
 private:
     void onOutput();
     void onFinished();
+    void failPending();
 
     QStringList m_arguments;
     QProcess m_process;

@@ -126,7 +126,9 @@ int main(int argc, char **argv)
     options.caller =
         QStringList{QStringLiteral("--caller"), QStringLiteral("--device"), parser.value(device),
                     QStringLiteral("--sdk"), QString::number(options.sdk)};
-    if (options.sdk <= 0 || !parser.positionalArguments().isEmpty()) {
+    if (!parser.positionalArguments().isEmpty())
+        parser.showHelp(ExitUsage);
+    if (options.sdk <= 0) {
         fprintf(stderr, "bramd-sim-runtime: no SDK level is known; give one with --sdk\n");
         return ExitUsage;
     }

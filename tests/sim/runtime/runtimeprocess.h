@@ -24,6 +24,7 @@ public:
     /// Sends a command and returns the answer; incoming calls are served meanwhile.
     QJsonObject control(const QJsonObject &command);
 
+    QString controlPath() const { return path("control"); }
     QByteArray device() const { return path("device").toUtf8(); }
     QString dataRoot() const { return path("root"); }
 

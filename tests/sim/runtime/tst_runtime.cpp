@@ -132,6 +132,7 @@ private Q_SLOTS:
     void bootsInItsOwnTime();
     void callsTheLauncherOnCommand();
     void endsACallWhenItDiesMeanwhile();
+    void answersWhatIsPendingWhenItRestarts();
     void answersBadCommands();
     void endsCleanly();
 
@@ -509,6 +510,25 @@ void RuntimeTest::endsACallWhenItDiesMeanwhile()
     QVERIFY(umbra->transact(1, *request, &status) == nullptr);
 
     QCOMPARE(status, Binder::StatusDeadObject);
+}
+
+void RuntimeTest::answersWhatIsPendingWhenItRestarts()
+{
+    start(28);
+    const QString hanging = QStringLiteral("umbra");
+    m_runtime->control(command("fault", {{QStringLiteral("service"), hanging},
+                                         {QStringLiteral("kind"), QStringLiteral("hang")}}));
+    QLocalSocket other;
+    other.connectToServer(m_runtime->controlPath());
+    other.write("{\"command\":\"call\",\"service\":\"umbra\",\"code\":1,"
+                "\"interface\":\"umbra.applications.IUmbraService\","
+                "\"data\":\"0300000061002e0062000000\"}\n");
+    QTRY_COMPARE(m_runtime->record().size(), 1);
+
+    m_runtime->control(command("restart"));
+
+    QTRY_VERIFY(other.canReadLine());
+    QCOMPARE(other.readLine(), QByteArray("{\"ok\":true,\"reply\":\"\",\"status\":-32}\n"));
 }
 
 void RuntimeTest::answersBadCommands()
