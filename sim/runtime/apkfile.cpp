@@ -20,16 +20,9 @@ std::optional<QByteArray> dumpXml(const QString &apk, const QString &file)
                    {QStringLiteral("dump"), QStringLiteral("xmltree"), apk, file});
 }
 
-// unzip takes member names for patterns; a backslash takes a character's special meaning away.
 QByteArray extract(const QString &apk, const QString &file)
 {
-    QString pattern;
-    for (const QChar character : file) {
-        if (QStringLiteral("*?[]\\").contains(character))
-            pattern.append(QLatin1Char('\\'));
-        pattern.append(character);
-    }
-    return runTool(QStringLiteral("unzip"), {QStringLiteral("-p"), apk, pattern})
+    return runTool(QStringLiteral("unzip"), {QStringLiteral("-p"), apk, file})
         .value_or(QByteArray());
 }
 
