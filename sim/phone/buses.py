@@ -1,5 +1,6 @@
 """The phone's message buses, and objects on them."""
 
+import socket
 from pathlib import Path
 
 from gi.repository import Gio, GLib
@@ -34,16 +35,16 @@ CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Con
 class Bus:
     """A dbus-daemon of the phone's own ("system" or "session") and our connection to it."""
 
-    def __init__(self, kind, socket):
+    def __init__(self, kind, path):
         self.kind = kind
-        self.address = f"unix:path={socket}"
-        socket.parent.mkdir(parents=True, exist_ok=True)
+        self.address = f"unix:path={path}"
+        path.parent.mkdir(parents=True, exist_ok=True)
         configuration = Path(f"/run/phone/{kind}-bus.conf")
         configuration.parent.mkdir(parents=True, exist_ok=True)
-        configuration.write_text(CONFIGURATION.format(kind=kind, socket=socket), encoding="utf-8")
+        configuration.write_text(CONFIGURATION.format(kind=kind, socket=path), encoding="utf-8")
         self.process = Process(f"{kind}-bus", ["/usr/bin/dbus-daemon", "--nofork", "--nopidfile",
                                                f"--config-file={configuration}"])
-        wait_for(lambda: socket.exists() or not self.process.running, lambda: self.process)
+        wait_for(lambda: _answers(path) or not self.process.running, lambda: self.process)
         self.connection = Gio.DBusConnection.new_for_address_sync(
             self.address, Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT
             | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION, None, None)
@@ -67,6 +68,12 @@ class Bus:
         if not self.connection.is_closed():
             self.connection.close_sync(None)
         self.process.stop()
+
+
+def _answers(path):
+    """A socket can be seen a moment before it can be connected to."""
+    with socket.socket(socket.AF_UNIX) as connection:
+        return connection.connect_ex(str(path)) == 0
 
 
 class BusObject:

@@ -112,16 +112,18 @@ class Phone:
 
     def stop(self):
         """Ends everything, in the order in which a phone goes down. May be called again."""
-        for daemon in self._daemons:
-            daemon.stop()
-        if self.unit and self.unit.state() not in ("inactive", "failed"):
-            self.stop_runtime()
-        self.unit = None
-        while self._services:
-            self._services.pop().stop()
-        for part in (self.session_bus, self.system_bus, self.router):
-            if part:
-                part.stop()
+        try:
+            for daemon in self._daemons:
+                daemon.stop()
+            if self.unit and self.unit.state() not in ("inactive", "failed"):
+                self.stop_runtime()
+        finally:
+            self.unit = None
+            while self._services:
+                self._services.pop().stop()
+            for part in (self.session_bus, self.system_bus, self.router):
+                if part:
+                    part.stop()
 
     def _start(self, services, device, router_options):
         if device:

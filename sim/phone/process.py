@@ -58,6 +58,13 @@ class Process:
             self.end_expected = True
             self._popen.send_signal(number)
 
+    def pause(self):
+        """It hangs from now on."""
+        self._popen.send_signal(signal.SIGSTOP)
+
+    def go_on(self):
+        self._popen.send_signal(signal.SIGCONT)
+
     def stop(self):
         """Asks it to end, insists after a while, and returns the exit status."""
         if self.running:

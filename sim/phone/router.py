@@ -15,7 +15,7 @@ class Router:
     def __init__(self, build_directory, options=()):
         program = Path(build_directory) / "sim" / "bramd-sim-binder"
         self.process = Process("router", [program, "--strict", *options, DEVICE])
-        wait_for(lambda: DEVICE.is_socket() or not self.process.running,
+        wait_for(lambda: "listening" in self.process.output or not self.process.running,
                  lambda: f"the binder device of {self.process}")
         assert self.process.running, self.process
 
