@@ -4,9 +4,6 @@ import pytest
 
 from phone.phone import Phone, clean
 
-# The daemon ends by SIGTERM, or leaves its event loop because of it.
-PEACEFUL_ENDS = (0, -15)
-
 
 def pytest_configure(config):
     config.addinivalue_line(
@@ -17,13 +14,11 @@ def pytest_configure(config):
 def phone_fixture(request):
     """A phone of the test's own, without a daemon yet."""
     marker = request.node.get_closest_marker("phone")
-    phone = Phone(**(marker.kwargs if marker else {}))
     try:
-        yield phone
-        phone.stop()
+        with Phone(**(marker.kwargs if marker else {})) as phone:
+            yield phone
         complaints = trouble(phone)
     finally:
-        phone.stop()
         clean()
     assert not complaints, "\n".join(complaints)
 
@@ -43,7 +38,7 @@ def trouble(phone):
         process = daemon.process
         if not process.end_expected:
             lines.append(f"ended by itself with {process.exit_status}: {process}")
-        elif process.was_asked_to_end and process.exit_status not in PEACEFUL_ENDS:
+        elif process.was_asked_to_end and process.exit_status != 0:
             lines.append(f"ended with {process.exit_status}: {process}")
     if phone.router and phone.router.process.exit_status != 0:
         lines += phone.router.misuse()

@@ -9,10 +9,11 @@ from phone.waiting import wait_for
 
 from daemonsteps import (BINDER, DAEMON, LAUNCHER, claim_missing_settings_entries, start_beside_runtime,
                          wait_until_announced)
-from hostfiles import (APKS, APPLICATIONS, ICONS, INCOMING, SHARING, download, entries, entry_path, icon_path,
-                       owner_and_mode, read_entry, read_json, settings_path, traces)
-from packagerequests import check_install, check_removal, installs, removals
-from texts import ENGLISH
+from hostfiles import (APKS, APPLICATIONS, DOWNLOADS, ICONS, INCOMING, SHARING, download, entries,
+                       entry_path, icon_path, owner_and_mode, read_entry, read_json, settings_path, traces)
+from packagerequests import (check_install, check_removal, installs, removals,
+                             removed_packages)
+from texts import ENGLISH, catalogue
 
 SDK_LEVELS = [pytest.param(sdk, marks=pytest.mark.phone(sdk=sdk)) for sdk in (27, 28, 29, 30)]
 
@@ -266,3 +267,112 @@ def test_two_apps_with_one_provider_conflict(phone):
     notice = phone.notifications.wait_for_notice(2)
     assert notice["summary"].startswith(ENGLISH["bramd-install-failed"])
     assert notice["body"] == ENGLISH["bramd-install-fail-conflict"]
+
+
+def test_the_desktop_database_knows_what_the_app_opens(phone):
+    start_beside_runtime(phone)
+    database = APPLICATIONS / "mimeinfo.cache"
+    document = PAPERTRAIL_ENTRIES["document"].name
+    since = phone.daemon.log.mark()
+    assert phone.bramd.call("installFile", "s", str(download("papertrail")))
+    wait_until_announced(phone, since)
+    wait_for(lambda: f"application/pdf={document}" in database.read_text(encoding="utf-8"),
+             "the new application in the database")
+    assert phone.bramd.call("removeFile", "s", PAPERTRAIL)
+    wait_for(lambda: document not in database.read_text(encoding="utf-8"),
+             "the database without the application")
+    claim_missing_settings_entries(phone)
+
+
+@pytest.mark.phone(router_options=["--interrupted-reads", "3", "--empty-reads", "5"])
+def test_reads_of_the_device_may_end_early(phone):
+    start_beside_runtime(phone)
+    for count, name in enumerate(("papertrail", "weather", "addressbook"), 1):
+        assert phone.bramd.call("installFile", "s", str(download(name)))
+        phone.notifications.wait_for_notice(count)
+    wait_for(lambda: len(entries()) == 7, lambda: f"seven entries in {entries()}")
+
+
+@pytest.mark.phone(services=[])
+def test_without_a_notification_service_the_notice_is_lost_silently(phone):
+    start_beside_runtime(phone)
+    assert phone.bramd.call("installFile", "s", str(download("weather")))
+    wait_for(entries, "the desktop entry")
+    phone.daemon.log.expect(re.compile(r"Package install result 1 for .*"), "debug", BINDER)
+
+
+def test_a_notification_service_that_hangs_holds_nothing_up(phone):
+    start_beside_runtime(phone)
+    phone.notifications.process.pause()
+    assert phone.bramd.call("installFile", "s", str(download("weather")))
+    wait_for(entries, "the desktop entry")
+    assert phone.bramd.call("getAndroidVersionData", timeout_ms=2000)
+    phone.notifications.process.go_on()
+    assert phone.notifications.wait_for_notice()
+
+
+def test_callers_at_the_same_time_are_all_served(phone):
+    start_beside_runtime(phone)
+    answers = [phone.bramd.start_call("installFile", "s", str(download(name)))
+               for name in ("papertrail", "weather", "addressbook", "metronome-1")]
+    wait_for(lambda: all(answers), "all answers")
+    assert [answer[0] for answer in answers] == [True] * 4
+    phone.notifications.wait_for_notice(4)
+    assert len(phone.runtime.apps()) == 4
+
+
+@pytest.mark.parametrize("locale", ["C", "C.UTF-8", "de_DE.UTF-8"])
+def test_a_file_name_beyond_ascii_is_kept(phone, locale):
+    start_beside_runtime(phone, {"LC_ALL": locale})
+    apk = download("weather", "Wetter für Köln – heute.apk")
+    assert phone.bramd.call("installFile", "s", str(apk))
+    assert (INCOMING / apk.name).read_bytes() == apk.read_bytes()
+    check_install(phone.runtime, f"/data/xrs-staging/app/incoming/{apk.name}")
+    assert phone.notifications.wait_for_notice()
+    wait_for(entries, "the desktop entry")
+
+
+def test_the_result_is_told_in_the_users_language(phone):
+    start_beside_runtime(phone, {"LC_ALL": "fi_FI.UTF-8", "LANGUAGE": "fi"})
+    assert phone.bramd.call("installFile", "s", str(download("weather")))
+    notice = phone.notifications.wait_for_notice()
+    finnish = catalogue("bramd-fi")
+    assert notice["application"] == finnish["bramd-ap-name"]
+    assert notice["summary"].startswith(finnish["bramd-install-success"])
+    assert finnish["bramd-install-success"] != ENGLISH["bramd-install-success"]
+
+
+def test_a_link_to_a_file_is_as_good_as_the_file(phone):
+    start_beside_runtime(phone)
+    link = DOWNLOADS / "link.apk"
+    link.symlink_to(download("weather"))
+    assert phone.bramd.call("installFile", "s", str(link))
+    assert not (INCOMING / link.name).is_symlink()
+    assert phone.notifications.wait_for_notice()
+
+
+def test_a_link_in_the_staging_directory_leads_nowhere(phone, tmp_path):
+    start_beside_runtime(phone)
+    victim = tmp_path / "victim"
+    victim.write_bytes(b"precious")
+    victim.chmod(0o600)
+    for name in ("weather.apk", "weather.apk.tmp"):
+        (INCOMING / name).symlink_to(victim)
+    assert phone.bramd.call("installFile", "s", str(download("weather")))
+    for pattern in ("File already exists .*", "Tmp file already exists .*"):
+        phone.daemon.log.expect(re.compile(pattern), "warning", DAEMON)
+    assert victim.read_bytes() == b"precious"
+    assert owner_and_mode(victim) == (0, 0, 0o600)
+    assert not (INCOMING / "weather.apk").is_symlink()
+    assert phone.notifications.wait_for_notice()
+
+
+@pytest.mark.parametrize("argument, package", [
+    ("org.example.x", "org.example.x"), ("org.example.x.apk", "org.example.x"),
+    ("/a/b/org.example.x.apk", "org.example.x"), ("/a/b/", ""), ("", ""), (".apk", ""),
+    ("../../x.APK", "x.APK"), ("Köln.apk", "Köln"),
+])
+def test_what_is_removed_is_the_package_form_of_the_argument(phone, argument, package):
+    start_beside_runtime(phone)
+    assert phone.bramd.call("removeFile", "s", argument) is True
+    assert removed_packages(phone.runtime) == [package]

@@ -84,6 +84,13 @@ class TestWithARunningRuntime:
         assert install(phone, path) is False
         expect_copy_failure(phone, path)
 
+    @pytest.mark.parametrize("path", ["/", "/home/", "/home/.", "/home/.."])
+    def test_a_path_without_a_file_name_is_refused(self, phone, path):
+        assert install(phone, path) is False
+        phone.daemon.log.expect(re.compile(r'Could not copy incoming file: ".*" -> ".*"'),
+                                "critical", DAEMON)
+        assert list(INCOMING.iterdir()) == []
+
     def test_a_full_disk_is_reported_and_cleaned_up(self, phone):
         apk = download("papertrail")
         mount_tmpfs(INCOMING, "size=8k", "mode=755")
