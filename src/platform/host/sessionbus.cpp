@@ -17,7 +17,7 @@ SessionBus::Message SessionBus::createCall(const char *service, const char *path
 {
     if (m_bus && isHungUp())
         drop();
-    if (!m_bus && !connectToBus())
+    if ((!m_bus && !connectToBus()) || isFull())
         return nullptr;
     sd_bus_message *call = nullptr;
     if (sd_bus_message_new_method_call(m_bus.get(), &call, service, path, interface, member) < 0)
@@ -53,6 +53,13 @@ bool SessionBus::isHungUp() const
 {
     pollfd polled{sd_bus_get_fd(m_bus.get()), POLLRDHUP, 0};
     return ::poll(&polled, 1, 0) != 0;
+}
+
+bool SessionBus::isFull() const
+{
+    uint64_t waiting = 0;
+    sd_bus_get_n_queued_write(m_bus.get(), &waiting);
+    return waiting >= MaximumWaiting;
 }
 
 void SessionBus::process()

@@ -23,12 +23,16 @@ public:
     };
     using Message = std::unique_ptr<sd_bus_message, Unref>;
 
+    /// How many calls may wait for a bus that does not take them.
+    static constexpr quint64 MaximumWaiting = 64;
+
     SessionBus();
     ~SessionBus();
     SessionBus(const SessionBus &) = delete;
     SessionBus &operator=(const SessionBus &) = delete;
 
-    /// A call without arguments yet; null when there is no bus to connect to.
+    /// A call without arguments yet; null when there is no bus to connect to, or too many calls
+    /// wait for it already.
     Message createCall(const char *service, const char *path, const char *interface,
                        const char *member);
 
@@ -39,6 +43,7 @@ public:
 private:
     bool connectToBus();
     bool isHungUp() const;
+    bool isFull() const;
     void process();
     void watch();
     void drop();

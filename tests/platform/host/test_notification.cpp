@@ -69,6 +69,7 @@ private Q_SLOTS:
     void a_bus_that_restarts_is_found_again();
     void a_bus_that_refuses_the_connection_loses_the_notice_only();
     void a_bus_that_never_answers_holds_nobody_up();
+    void notices_do_not_pile_up_without_limit();
 
 private:
     QDBusMessage published(const Notification &notice);
@@ -221,6 +222,23 @@ void TestNotification::a_bus_that_never_answers_holds_nobody_up()
     warning().publish(bus);
 
     QVERIFY(elapsed.elapsed() < 1000);
+}
+
+void TestNotification::notices_do_not_pile_up_without_limit()
+{
+    QVERIFY(m_bus->start());
+    FakeNotifications service(m_bus->address());
+    SessionBus bus;
+    for (quint64 i = 0; i < 10 * SessionBus::MaximumWaiting; ++i)
+        warning().publish(bus);
+    QTRY_VERIFY(!service.messages.isEmpty());
+    Notification last;
+    last.setPreviewBody(QStringLiteral("last"));
+
+    last.publish(bus);
+
+    QTRY_COMPARE(service.messages.last().arguments().value(4).toString(), QStringLiteral("last"));
+    QVERIFY(static_cast<quint64>(service.messages.size()) <= SessionBus::MaximumWaiting + 1);
 }
 
 QTEST_GUILESS_MAIN(TestNotification)
