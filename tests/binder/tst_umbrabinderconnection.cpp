@@ -272,7 +272,8 @@ void UmbraBinderConnectionTest::connectsAnewWhenTheUnitIsActiveOnceMore()
     const auto thing = binder.addService(Name);
     QVERIFY(m_host.setUnitState(QStringLiteral("active")));
     UmbraBinderConnection other(Name, Descriptor, OnDemand); // shares the object
-    QVERIFY(other.client() != nullptr);
+    const auto held = other.client();                        // and keeps it to the end
+    QVERIFY(held != nullptr);
     auto connection = std::make_unique<UmbraBinderConnection>(Name, Descriptor, Persistent);
     QSignalSpy changed(connection.get(), &UmbraBinderConnection::connectionChanged);
 
