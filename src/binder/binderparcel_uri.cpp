@@ -31,7 +31,7 @@ QString BinderParcel::readUriPart()
     // One string is read for every representation. A part in both forms (0) carries a second one,
     // which is left unread on purpose.
     const int representation = readInt32();
-    const QString part = readString();
+    QString part = readString();
     if (representation == DecodedPart)
         return part;
     return QUrl::fromPercentEncoding(part.toUtf8());
