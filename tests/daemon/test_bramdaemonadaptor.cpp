@@ -35,6 +35,14 @@ QStringList members(const QByteArray &xml)
     return lines;
 }
 
+/// Leaves ones where the variables of the next call will be.
+[[gnu::noinline]] void fillStack()
+{
+    volatile unsigned char leftovers[4096];
+    for (volatile unsigned char &byte : leftovers)
+        byte = 1;
+}
+
 /// Stands for the daemon: has some of the methods that are forwarded, with their signatures.
 class Forwarded : public QObject
 {
@@ -87,6 +95,7 @@ private Q_SLOTS:
     void all_seven_arguments_of_an_intent_are_forwarded();
     void results_have_the_published_signatures();
     void isRunning_finds_nothing_and_answers_false();
+    void isRunning_is_no_leftover_of_earlier_calls();
     void signals_of_the_daemon_are_relayed();
 
 private:
@@ -196,6 +205,17 @@ void TestBramDaemonAdaptor::isRunning_finds_nothing_and_answers_false()
     const QDBusMessage reply = callDaemon("isRunning");
 
     QCOMPARE(reply.arguments(), QVariantList{false});
+    QCOMPARE(takeLog(QtWarningMsg).size(), 1);
+}
+
+void TestBramDaemonAdaptor::isRunning_is_no_leftover_of_earlier_calls()
+{
+    auto *adaptor = m_forwarded->findChild<BramDaemonAdaptor *>();
+
+    fillStack();
+    const bool running = adaptor->isRunning();
+
+    QVERIFY(!running);
     QCOMPARE(takeLog(QtWarningMsg).size(), 1);
 }
 
