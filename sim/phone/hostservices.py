@@ -32,7 +32,7 @@ class HostService:
     def wait_until_ready(self):
         # The name is taken before the template is loaded; calls are answered only afterwards.
         wait_for(lambda: self._bus.has_owner(self.service) or not self.process.running,
-                 lambda: self.process, 30)
+                 lambda: self.process, 60)
         self._mock.call("GetCalls")
 
     def calls(self, method=None):
