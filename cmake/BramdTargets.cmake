@@ -5,6 +5,8 @@ option(BRAMD_WERROR "Treat compiler warnings as errors" OFF)
 add_library(bramd_options INTERFACE)
 target_compile_options(bramd_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
+  # Qt's logging macros leave out variadic arguments, which only Clang minds.
+  $<$<CXX_COMPILER_ID:Clang>:-Wno-gnu-zero-variadic-macro-arguments>
   $<$<BOOL:${BRAMD_WERROR}>:-Werror>)
 target_compile_definitions(bramd_options INTERFACE
   QT_NO_CAST_FROM_ASCII

@@ -52,14 +52,6 @@ class Bus:
         self._bus = self.object("org.freedesktop.DBus", "/org/freedesktop/DBus",
                                 "org.freedesktop.DBus")
 
-    def _connect(self):
-        try:
-            return Gio.DBusConnection.new_for_address_sync(
-                self.address, Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT
-                | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION, None, None)
-        except GLib.Error:
-            return None
-
     def object(self, service, path, interface):
         return BusObject(self, service, path, interface)
 
