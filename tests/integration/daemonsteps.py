@@ -15,6 +15,8 @@ CONFIG = "com.corvo.bramd.config"
 PERSISTENT_CLIENTS = ("package", "umbra")
 
 
+ANNOUNCED = "Launchers complete. Removing orphans"
+
 # Of every service that the daemon holds when the runtime dies.
 DIED = re.compile(r"\S+ died! Trying to reconnect\.")
 
@@ -57,7 +59,7 @@ def forgive_deaths(phone):
 
 def wait_until_announced(phone, since=0, count=1):
     """Until the runtime has said so often that all its launchers are known."""
-    wait_for(lambda: phone.daemon.log.count("Launchers complete. Removing orphans", since) >= count,
+    wait_for(lambda: phone.daemon.log.count(ANNOUNCED, since) >= count,
              lambda: f"a complete announcement; logged was:\n{phone.daemon.log.tail(since)}", 20)
 
 

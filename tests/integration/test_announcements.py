@@ -5,6 +5,7 @@ from pathlib import Path
 
 import pytest
 
+from phone.namespace import make_read_only, mount_tmpfs, unmount
 from phone.waiting import wait_for
 
 from daemonsteps import (LAUNCHER, claim_missing_settings_entries, start_beside_runtime,
@@ -18,7 +19,6 @@ PACKAGE = "a.b_c"
 ENTRY = entry_path(PACKAGE, "a.b.Main")
 HANDLER = entry_path(PACKAGE, "a.b.Open", handler=True)
 BLACKLIST = Path("/etc/bramd/app-blacklist")
-ORPHANS = "Launchers complete. Removing orphans"
 
 
 @pytest.fixture(name="announce")
@@ -29,6 +29,16 @@ def announce_fixture(phone):
     def call(code, data=b"", status=0):
         assert phone.runtime.call_launcher(code, data) == (status, b"")
     return call
+
+
+def fill(directory):
+    """Leaves no room on the file system of this directory."""
+    with (directory / "filling").open("wb", buffering=0) as file:
+        try:
+            while True:
+                file.write(bytes(512))
+        except OSError:
+            pass
 
 
 def stamps(*paths):
@@ -359,6 +369,51 @@ class TestDisksThatFail:
         phone.daemon.log.expect(f'Unable to open json file "{settings_path(ENTRY)}" for writing',
                                 "warning", LAUNCHER)
         assert ENTRY.exists()
+
+    def test_a_read_only_application_directory(self, phone, announce):
+        announce(ADD_LAUNCHER, launcher(PACKAGE, "a.b.Main", "Old"))
+        before = ENTRY.read_bytes()
+        make_read_only(APPLICATIONS)
+        try:
+            announce(ADD_LAUNCHER, launcher(PACKAGE, "a.b.Main", "New", icon=b"new"))
+            phone.daemon.log.expect(f'Could not open "{ENTRY}" for writing', "warning", LAUNCHER)
+            announce(REMOVE_PACKAGE, string16(PACKAGE))
+            phone.daemon.log.expect(f'Could not remove: "{ENTRY}"', "warning", LAUNCHER)
+        finally:
+            unmount(APPLICATIONS)
+        assert ENTRY.read_bytes() == before
+        assert not icon_path(ENTRY).exists()
+        assert not settings_path(ENTRY).exists()
+
+    def test_a_full_application_directory(self, phone, announce):
+        mount_tmpfs(APPLICATIONS, "size=64k", "mode=755")
+        try:
+            announce(ADD_LAUNCHER, launcher(PACKAGE, "a.b.Main", "Old"))
+            before = ENTRY.read_bytes()
+            fill(APPLICATIONS)
+            announce(ADD_LAUNCHER, launcher(PACKAGE, "a.b.Main", "New"))
+            phone.daemon.log.expect(
+                re.compile(rf'Could not (open|write desktop file) "{ENTRY}".*'), "warning",
+                LAUNCHER)
+            assert ENTRY.read_bytes() == before
+        finally:
+            unmount(APPLICATIONS)
+
+    def test_a_full_disk_for_icons_and_targets(self, phone, announce):
+        mount_tmpfs(ICONS, "size=64k", "mode=755")
+        try:
+            SHARING.touch()
+            fill(ICONS)
+            announce(ADD_HANDLER, handler(PACKAGE, "a.b.Open", "Open", share_mime_types="text/x",
+                                          icon=bytes(10000)))
+            phone.daemon.log.expect(f'Unable to write icon: "{icon_path(HANDLER)}"', "warning",
+                                    LAUNCHER)
+            phone.daemon.log.expect("Unable to write sharing file", "warning", LAUNCHER)
+            assert SHARING.read_bytes() == b""
+            assert not icon_path(HANDLER).exists()
+            assert read_entry(HANDLER)["Icon"] == str(icon_path(HANDLER))
+        finally:
+            unmount(ICONS)
 
     def test_a_sharing_registry_that_cannot_be_written(self, phone, announce):
         SHARING.unlink()

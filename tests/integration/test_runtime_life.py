@@ -4,12 +4,12 @@ import pytest
 
 from phone.waiting import wait_for
 
-from daemonsteps import (BINDER, DIED, SERVICE, connected_line, forgive_deaths,
+from daemonsteps import (ANNOUNCED, BINDER, DIED, SERVICE, connected_line, forgive_deaths,
                          start_beside_runtime, start_runtime, wait_until_announced,
                          wait_until_connected)
 from hostfiles import download, entries, traces
 from packagerequests import check_removal, install_paths, installs, removals
-from parcels import ADD_LAUNCHER, int32, launcher, string16
+from parcels import ADD_LAUNCHER, COMPLETE, int32, launcher, string16
 from texts import ENGLISH
 
 WEATHER = "org.example.weather"
@@ -50,6 +50,28 @@ def test_a_stopped_runtime_is_let_go_and_held_again(phone, running):
     since = phone.daemon.log.mark()
     start_runtime(phone)
     wait_until_it_works(phone, since)
+
+
+def test_everything_is_let_go_when_the_unit_begins_to_stop(phone, running):
+    del running
+    log = phone.daemon.log
+    assert phone.runtime.call_launcher(COMPLETE) == (0, b"")
+    phone.unit.show("deactivating", "stop")
+    log.expect('Umbra VM is "deactivating" ( "stop" )')
+    since = log.mark()
+    status, _reply = phone.runtime.call_launcher(COMPLETE)
+    assert status != 0
+    assert not log.count(ANNOUNCED, since)
+    install(phone)
+    assert not installs(phone.runtime)
+
+    phone.unit.show("activating", "start")
+    phone.unit.show("active", "running")
+
+    wait_until_connected(phone, since)
+    wait_until_announced(phone, since)
+    phone.notifications.wait_for_notice()
+    assert install_paths(phone.runtime) == [STAGED_WEATHER]
 
 
 def test_a_stopped_runtime_is_started_by_a_request(phone, running):
