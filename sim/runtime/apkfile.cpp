@@ -67,7 +67,7 @@ QByteArray Pictures::png(const XmlValue &drawable, int depth) const
     for (const QString &file : files) {
         if (!file.endsWith(QLatin1String(".png")))
             continue;
-        const QByteArray picture = extract(m_apk, file);
+        QByteArray picture = extract(m_apk, file);
         if (picture.startsWith(PngSignature))
             return picture;
     }
@@ -75,7 +75,7 @@ QByteArray Pictures::png(const XmlValue &drawable, int depth) const
         if (!file.endsWith(QLatin1String(".xml")) || depth == DeepestDrawable)
             continue;
         const auto tree = parseXmlTree(dumpXml(m_apk, file).value_or(QByteArray()));
-        const QByteArray picture = tree ? pngInside(*tree, depth + 1) : QByteArray();
+        QByteArray picture = tree ? pngInside(*tree, depth + 1) : QByteArray();
         if (!picture.isEmpty())
             return picture;
     }
@@ -86,13 +86,13 @@ QByteArray Pictures::png(const XmlValue &drawable, int depth) const
 QByteArray Pictures::pngInside(const XmlElement &element, int depth) const
 {
     for (auto child = element.children.crbegin(); child != element.children.crend(); ++child) {
-        const QByteArray picture = pngInside(*child, depth);
+        QByteArray picture = pngInside(*child, depth);
         if (!picture.isEmpty())
             return picture;
     }
     for (const char *attribute : {"drawable", "src"}) {
         const XmlValue drawable = element.attribute(QLatin1String(attribute));
-        const QByteArray picture =
+        QByteArray picture =
             drawable.kind == XmlValue::Kind::Reference ? png(drawable, depth) : QByteArray();
         if (!picture.isEmpty())
             return picture;

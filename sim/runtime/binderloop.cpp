@@ -15,7 +15,7 @@ namespace SimRuntime {
 namespace {
 
 // What Android processes map (ProcessState.cpp): a megabyte without two guard pages.
-constexpr std::size_t MappingSize = 1024 * 1024 - std::size_t(2) * 4096;
+constexpr std::size_t MappingSize = std::size_t(254) * 4096;
 constexpr std::size_t ReadSize = 256;
 
 template <typename Pointer>
@@ -24,12 +24,19 @@ quint64 address(const Pointer *pointer)
     return quint64(reinterpret_cast<quintptr>(pointer));
 }
 
+// The driver gives addresses within the mapping as numbers.
+template <typename Item>
+const Item *at(binder_uintptr_t number)
+{
+    return reinterpret_cast<const Item *>( // NOLINT(performance-no-int-to-ptr)
+        quintptr(number));
+}
+
 Parcel copyOf(const binder_transaction_data &transaction)
 {
     Parcel parcel;
-    const auto *data = reinterpret_cast<const char *>(quintptr(transaction.data.ptr.buffer));
-    parcel.data = QByteArray(data, int(transaction.data_size));
-    const auto *offsets = reinterpret_cast<const quint64 *>(quintptr(transaction.data.ptr.offsets));
+    parcel.data = QByteArray(at<char>(transaction.data.ptr.buffer), int(transaction.data_size));
+    const auto *offsets = at<quint64>(transaction.data.ptr.offsets);
     for (quint64 i = 0; i < transaction.offsets_size / sizeof(quint64); ++i)
         parcel.objects.append(offsets[i]);
     return parcel;
@@ -136,7 +143,7 @@ void BinderLoop::release(quint32 handle)
     schedulePump();
 }
 
-quint64 BinderLoop::watch(quint32 handle, std::function<void()> onDeath)
+quint64 BinderLoop::watch(quint32 handle, const std::function<void()> &onDeath)
 {
     DeathWatch &watch = m_watches[handle];
     if (watch.cookie == 0) { // the driver takes one request per handle
@@ -145,7 +152,7 @@ quint64 BinderLoop::watch(quint32 handle, std::function<void()> onDeath)
                       handleAndCookie(handle, watch.cookie));
         schedulePump();
     }
-    watch.handlers.insert(++m_lastNumber, std::move(onDeath));
+    watch.handlers.insert(++m_lastNumber, onDeath);
     return m_lastNumber;
 }
 
@@ -165,16 +172,16 @@ void BinderLoop::unwatch(quint64 watch)
 }
 
 void BinderLoop::send(quint32 handle, quint32 code, const Parcel &request, CallMode mode,
-                      Completion completion)
+                      const Completion &completion)
 {
     if (mode == CallMode::OneWay) {
         writeTransaction(BC_TRANSACTION, handle, code, TF_ONE_WAY, request);
-        m_sent.enqueue(std::move(completion));
+        m_sent.enqueue(completion);
     } else {
         Q_ASSERT(!m_twoWay);
         writeTransaction(BC_TRANSACTION, handle, code, 0, request);
         m_sent.enqueue({});
-        m_twoWay = std::move(completion);
+        m_twoWay = completion;
     }
     schedulePump();
 }

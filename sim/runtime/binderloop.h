@@ -55,12 +55,12 @@ public:
 
     /// `onDeath` runs once, from the event loop, when the process behind the handle is gone (soon,
     /// if it is gone already). The handle must stay acquired meanwhile. Returns the watch's id.
-    quint64 watch(quint32 handle, std::function<void()> onDeath);
+    quint64 watch(quint32 handle, const std::function<void()> &onDeath);
     void unwatch(quint64 watch);
 
     /// Sends a request. Only one two-way call may be in progress at a time.
     void send(quint32 handle, quint32 code, const Parcel &request, CallMode mode,
-              Completion completion);
+              const Completion &completion);
 
     /// Answers the call that was left unanswered last. Does nothing when there is none.
     void answer(const Answer &answer);

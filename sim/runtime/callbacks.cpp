@@ -41,7 +41,7 @@ Callbacks::Callbacks(BinderLoop *loop, int sdk)
 
 std::shared_ptr<RemoteObject> Callbacks::keep(CallbackKind kind, const ObjectReference &reference)
 {
-    const auto object = RemoteObject::hold(m_loop, reference);
+    auto object = RemoteObject::hold(m_loop, reference);
     if (object != nullptr)
         m_last.insert(kind, object);
     return object;

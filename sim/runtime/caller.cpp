@@ -39,7 +39,7 @@ Caller::~Caller()
 }
 
 void Caller::call(const QString &service, quint32 code, const Parcel &parcel, CallMode mode,
-                  BinderLoop::Completion completion)
+                  const BinderLoop::Completion &completion)
 {
     if (m_process.state() == QProcess::NotRunning)
         m_process.start(QCoreApplication::applicationFilePath(), m_arguments);
@@ -50,7 +50,7 @@ void Caller::call(const QString &service, quint32 code, const Parcel &parcel, Ca
         {QStringLiteral("oneway"), mode == CallMode::OneWay},
         {QStringLiteral("data"), QString::fromLatin1(parcel.data.toHex())},
     };
-    m_pending.insert(m_lastId, std::move(completion));
+    m_pending.insert(m_lastId, completion);
     m_process.write(QJsonDocument(request).toJson(QJsonDocument::Compact) + '\n');
 }
 

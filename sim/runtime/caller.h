@@ -26,7 +26,7 @@ public:
     /// `parcel` is the whole request. Told of the outcome from the event loop: StatusNameNotFound
     /// when there is no such service, StatusDeadObject when this object goes first.
     void call(const QString &service, quint32 code, const Parcel &parcel, CallMode mode,
-              BinderLoop::Completion completion);
+              const BinderLoop::Completion &completion);
 
 private:
     void onOutput();

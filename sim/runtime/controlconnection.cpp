@@ -7,7 +7,7 @@ namespace SimRuntime {
 
 namespace {
 
-constexpr qint64 LongestLine = 8 * 1024 * 1024;
+constexpr qint64 LongestLine = qint64(8) * 1024 * 1024;
 
 } // namespace
 

@@ -37,7 +37,8 @@ void DeviceIdleService::load()
     QFile file(m_path);
     if (!file.open(QIODevice::ReadOnly))
         return;
-    for (const QJsonValue &package : QJsonDocument::fromJson(file.readAll()).array())
+    const QJsonArray packages = QJsonDocument::fromJson(file.readAll()).array();
+    for (const QJsonValue package : packages)
         m_whitelist.append(package.toString());
 }
 

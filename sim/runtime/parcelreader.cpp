@@ -92,8 +92,8 @@ QString ParcelReader::string16()
         return QString();
     QString text(length, Qt::Uninitialized);
     for (int i = 0; i < length; ++i)
-        text[i] = QChar(qFromLittleEndian<quint16>(bytes + 2 * i));
-    if (qFromLittleEndian<quint16>(bytes + 2 * length) != 0) {
+        text[i] = QChar(qFromLittleEndian<quint16>(bytes + qsizetype(2) * i));
+    if (qFromLittleEndian<quint16>(bytes + size - 2) != 0) {
         fail(QStringLiteral("string16 before byte %1 has no terminator").arg(m_position));
         return QString();
     }

@@ -30,7 +30,7 @@ Service::Service(const ServiceEnvironment &environment, const QString &name,
 
 std::optional<Answer> Service::transact(const IncomingCall &call)
 {
-    const std::optional<Answer> standard = answerStandard(call);
+    std::optional<Answer> standard = answerStandard(call);
     if (standard) {
         m_environment.recorder->record(m_name, m_descriptor, call, {}, {}, {});
         return standard;
@@ -79,7 +79,7 @@ std::function<Answer()> Service::prepare(const IncomingCall &call)
             return [this] { return answerToBadRequest(); };
         return [this, call, request, serve = method.serve] {
             m_currentCall = &call;
-            const Answer answer = serve(request);
+            Answer answer = serve(request);
             m_currentCall = nullptr;
             return answer;
         };

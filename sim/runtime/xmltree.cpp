@@ -54,7 +54,7 @@ XmlValue parseValue(const QByteArray &value)
 // Takes all lines that are indented deeper than the element's own.
 XmlElement takeElement(const QVector<Line> &lines, int *next, int depth)
 {
-    const Line start = lines.at((*next)++);
+    const Line &start = lines.at((*next)++);
     XmlElement element;
     element.name = localName(start.content.mid(3).split(' ').constFirst());
     while (*next < lines.size() && lines.at(*next).indentation > start.indentation) {
