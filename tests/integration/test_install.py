@@ -7,10 +7,11 @@ import pytest
 
 from phone.waiting import wait_for
 
-from daemonsteps import (BINDER, DAEMON, LAUNCHER, claim_missing_settings_entries, start_beside_runtime,
-                         wait_until_announced)
+from daemonsteps import (BINDER, DAEMON, LAUNCHER, claim_missing_settings_entries,
+                         start_beside_runtime, wait_until_announced)
 from hostfiles import (APKS, APPLICATIONS, DOWNLOADS, ICONS, INCOMING, SHARING, download, entries,
-                       entry_path, icon_path, owner_and_mode, read_entry, read_json, settings_path, traces)
+                       entry_path, icon_path, owner_and_mode, read_entry, read_json, settings_path,
+                       traces)
 from packagerequests import (check_install, check_removal, installs, removals,
                              removed_packages)
 from texts import ENGLISH, catalogue
@@ -87,8 +88,8 @@ def wait_for_app(phone, since):
 
 @pytest.mark.parametrize("sdk", SDK_LEVELS)
 def test_an_apk_becomes_an_app_and_leaves_without_a_trace(phone, sdk, state):
-    bramd, log, go_on = phone.bramd, phone.daemon.log, state
-    assert bramd.call("getAndroidVersionData")[0] == sdk
+    log, go_on = phone.daemon.log, state
+    assert phone.bramd.call("getAndroidVersionData")[0] == sdk
     before = phone.unit.state()
     phone.unit.forget()
     apk = download("papertrail")
@@ -157,7 +158,7 @@ def check_host_files():
 
 
 def remove_and_check(phone):
-    bramd, log = phone.bramd, phone.daemon.log
+    log = phone.daemon.log
     since = log.mark()
     phone.notifications.forget()
     main = PAPERTRAIL_ENTRIES["main"]
