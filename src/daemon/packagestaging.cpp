@@ -97,13 +97,13 @@ QString PackageStaging::stage(const QString &source) const
         return QString();
     }
     if (!setMode(staged, fileMode)) {
-        qCCritical(daemonLog) << "Cannot change permissions:" << staged << "("
-                              << qt_error_string(errno) << ")";
+        const QString reason = qt_error_string(errno);
+        qCCritical(daemonLog) << "Cannot change permissions:" << staged << "(" << reason << ")";
         return QString();
     }
     if (!setOwner(staged, rootUser, rootGroup)) {
-        qCCritical(daemonLog) << "Cannot change ownership:" << staged << "("
-                              << qt_error_string(errno) << ")";
+        const QString reason = qt_error_string(errno);
+        qCCritical(daemonLog) << "Cannot change ownership:" << staged << "(" << reason << ")";
         return QString();
     }
     return staged;

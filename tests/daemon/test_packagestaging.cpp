@@ -5,9 +5,55 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
+#include <QVector>
 #include <QtTest>
 
+#include <cerrno>
+#include <cstddef>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/mount.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <thread>
+
+namespace {
+
+QVector<unsigned> modeCalls()
+{
+    return {
+#ifdef SYS_chmod
+        SYS_chmod,
+#endif
+        SYS_fchmod, SYS_fchmodat};
+}
+
+QVector<unsigned> ownerCalls()
+{
+    return {
+#ifdef SYS_chown
+        SYS_chown,
+#endif
+        SYS_fchown, SYS_fchownat};
+}
+
+/// Has these system calls of this thread fail with EPERM from now on, as a file system that knows
+/// no owners and modes may do.
+bool refuseCalls(const QVector<unsigned> &calls)
+{
+    QVector<sock_filter> program{BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr))};
+    for (const unsigned call : calls) {
+        program.append(BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, call, 0, 1));
+        program.append(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EPERM));
+    }
+    program.append(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
+    const sock_fprog filter{static_cast<unsigned short>(program.size()), program.data()};
+    return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+           ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0;
+}
+
+} // namespace
 
 class TestPackageStaging : public TestCase
 {
@@ -19,6 +65,7 @@ private Q_SLOTS:
     void an_existing_directory_becomes_roots_again();
     void a_directory_that_cannot_be_made_is_reported();
     void leftover_files_are_removed();
+    void a_leftover_that_cannot_be_removed_is_reported();
     void a_file_is_staged_under_its_name_data();
     void a_file_is_staged_under_its_name();
     void a_staged_file_is_roots_and_readable_by_all();
@@ -28,6 +75,8 @@ private Q_SLOTS:
     void a_source_that_is_no_file_is_a_failed_copy();
     void a_directory_in_the_way_is_a_failed_rename();
     void a_missing_staging_directory_is_a_failed_copy();
+    void a_copy_that_does_not_become_roots_is_reported_data();
+    void a_copy_that_does_not_become_roots_is_reported();
 
 private:
     PackageStaging staging() const { return PackageStaging(m_incoming); }
@@ -119,6 +168,19 @@ void TestPackageStaging::leftover_files_are_removed()
     QCOMPARE(incomingFiles(), QStringList(QStringLiteral("directory")));
     QVERIFY(takeLogLine(QtDebugMsg,
                         QStringLiteral("Removing old incoming file: \"%1a.apk\"").arg(m_incoming)));
+}
+
+void TestPackageStaging::a_leftover_that_cannot_be_removed_is_reported()
+{
+    const QString file = m_incoming + QStringLiteral("a.apk");
+    write(file, "a");
+    const QByteArray mountPoint = QFile::encodeName(file); // which is not removed while it is one
+    QCOMPARE(::mount(mountPoint.constData(), mountPoint.constData(), nullptr, MS_BIND, nullptr), 0);
+
+    staging().removeLeftovers();
+
+    QCOMPARE(::umount(mountPoint.constData()), 0);
+    QVERIFY(takeLogLine(QtWarningMsg, QStringLiteral("Could not remove file:: \"%1\"").arg(file)));
 }
 
 void TestPackageStaging::a_file_is_staged_under_its_name_data()
@@ -228,6 +290,37 @@ void TestPackageStaging::a_directory_in_the_way_is_a_failed_rename()
     QVERIFY(takeLogLine(
         QtCriticalMsg,
         QStringLiteral("Could not rename file: \"%1a.apk.tmp\" -> \"%1a.apk\"").arg(m_incoming)));
+}
+
+void TestPackageStaging::a_copy_that_does_not_become_roots_is_reported_data()
+{
+    QTest::addColumn<QVector<unsigned>>("refusedCalls");
+    QTest::addColumn<QString>("line");
+
+    QTest::newRow("mode") << modeCalls()
+                          << QStringLiteral("Cannot change permissions: \"%1\" ( \"%2\" )");
+    QTest::newRow("owner") << ownerCalls()
+                           << QStringLiteral("Cannot change ownership: \"%1\" ( \"%2\" )");
+}
+
+void TestPackageStaging::a_copy_that_does_not_become_roots_is_reported()
+{
+    QFETCH(QVector<unsigned>, refusedCalls);
+    QFETCH(QString, line);
+    write(m_source + QStringLiteral("a.apk"), "content");
+
+    // In a thread of its own, because there is no way back from refused calls.
+    bool refused = false;
+    bool accepted = true;
+    std::thread([&] {
+        refused = refuseCalls(refusedCalls);
+        accepted = !staging().stage(m_source + QStringLiteral("a.apk")).isNull();
+    }).join();
+
+    QVERIFY(refused);
+    QVERIFY(!accepted);
+    QVERIFY(takeLogLine(QtCriticalMsg,
+                        line.arg(m_incoming + QStringLiteral("a.apk"), qt_error_string(EPERM))));
 }
 
 void TestPackageStaging::a_missing_staging_directory_is_a_failed_copy()
