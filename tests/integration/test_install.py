@@ -104,7 +104,8 @@ def test_an_apk_becomes_an_app_and_leaves_without_a_trace(phone, sdk, state):
     assert staged.read_bytes() == apk.read_bytes()
     assert owner_and_mode(staged) == (0, 0, 0o644)
     assert [path.name for path in INCOMING.iterdir()] == [apk.name]
-    waiting = re.compile(r"Umbravm not running\. Saving  .*papertrail\.apk.* for later")
+    waiting = ('Umbravm not running. Saving  '
+               'PackageMod("/data/xrs-staging/app/incoming/papertrail.apk", install)  for later')
     assert bool(log.count(waiting, since)) is (before != "active")
 
     go_on()

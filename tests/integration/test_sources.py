@@ -6,7 +6,8 @@ import pytest
 
 from phone.waiting import wait_for
 
-from daemonsteps import DAEMON, start_beside_runtime, wait_until_announced, wait_until_connected
+from daemonsteps import (DAEMON, start_beside_runtime, start_runtime, wait_until_announced,
+                         wait_until_connected)
 from hostfiles import (INCOMING, PACKAGED, PARTNER_SPACE, APKS, download, entry_path, entries,
                        read_entry, traces)
 from packagerequests import (check_install, install_paths, installs, removals, removed_packages)
@@ -87,9 +88,8 @@ class TestPackagedApp:
 
     def test_its_package_goes_with_the_app(self, phone):
         assert phone.bramd.call("removeFile", "s", f"/x/y/{WEATHER}.apk") is True
-        phone.daemon.log.expect(
-            re.compile(rf"Requesting uninstall of RPM '\s*\"?{RPM}\"?\s*' from PackageKit"),
-            "debug", DAEMON)
+        phone.daemon.log.expect(f"Requesting uninstall of RPM ' \"{RPM}\" ' from PackageKit", "debug",
+                                DAEMON)
         wait_for(lambda: not phone.packagekit.installed(), "the removal of the package")
         calls = [call for call in phone.packagekit.transaction_calls() if call[0] != "SetHints"]
         assert calls == [("Resolve", f"4 {RPM}"),
@@ -97,6 +97,14 @@ class TestPackagedApp:
         phone.unit.wait_for_state("active")
         wait_for(lambda: removals(phone.runtime), "the removal from the runtime")
         assert removed_packages(phone.runtime) == [WEATHER]
+
+    def test_its_package_goes_with_the_apps_desktop_entry(self, phone):
+        start_runtime(phone)
+        assert phone.bramd.call("installFile", "s", str(PACKAGED / f"{WEATHER}.apk")) is True
+        wait_for_entry()
+        assert phone.bramd.call("removeFile", "s", str(WEATHER_ENTRY)) is True
+        wait_for(lambda: not phone.packagekit.installed(), "the removal of the package")
+        wait_for(lambda: not traces(), lambda: f"the end of {traces()}")
 
     def test_other_packages_are_not_asked_for(self, phone):
         assert phone.bramd.call("removeFile", "s", "org.example.other") is True
@@ -155,7 +163,8 @@ class TestWhileTheRuntimeIsDown:
         assert phone.bramd.call("installFile", "s", str(download("weather"))) is True
         assert phone.bramd.call("removeFile", "s", WEATHER) is True
         phone.daemon.log.expect(
-            re.compile(rf"Umbravm not running\. Will remove  .*{WEATHER}.* later"), "debug", DAEMON)
+            f'Umbravm not running. Will remove  PackageMod("{WEATHER}", uninstall, silent)  later',
+            "debug", DAEMON)
         self.let_it_come_up(phone)
         wait_for(lambda: removals(phone.runtime), "the removal")
         assert install_paths(phone.runtime) == [STAGED_WEATHER]

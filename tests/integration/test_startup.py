@@ -81,6 +81,15 @@ def test_a_second_instance_ends_with_1(phone):
     assert phone.bramd.call("getAndroidVersionData") == (28, "9", "2021-05-05")
 
 
+def test_without_a_system_bus_it_ends_with_1(phone):
+    daemon = phone.start_daemon({"DBUS_SYSTEM_BUS_ADDRESS": "unix:path=/run/nowhere"}, wait=False)
+    assert daemon.process.wait_for_end() == 1
+    daemon.log.expect('Cannot register object at  "/com/corvo/bramd"', "critical", DAEMON,
+                      timeout=0)
+    for record in daemon.log.records:
+        record.claimed |= record.category != DAEMON  # What others say about the missing bus.
+
+
 def test_it_can_be_started_again_when_it_has_ended(phone):
     phone.start_daemon()
     phone.stop_daemon()
