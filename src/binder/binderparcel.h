@@ -61,6 +61,9 @@ public:
     /// Length, magic "BNDL", count and the pairs in key order.
     void writeBundle(const QVariantMap &values);
 
+    /// Whether nothing can be read any more.
+    bool atEnd() const { return !canRead(); }
+
     int readInt32();
     qlonglong readInt64();
     bool readBool();
