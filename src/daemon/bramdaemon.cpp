@@ -1,10 +1,15 @@
 #include "daemon/bramdaemon.h"
 
 #include "config/daemonconfig.h"
+#include "daemon/appdatausage.h"
 #include "daemon/bramdaemonadaptor.h"
+#include "daemon/intents.h"
 #include "daemon/notices.h"
 #include "daemon/packageform.h"
 #include "daemon/runtimeoffer.h"
+#include "daemon/sharerequest.h"
+#include "daemon/windowwait.h"
+#include "platform/host/homescreen.h"
 #include "platform/host/logging.h"
 #include "runtime/servicecontroller.h"
 #include "runtime/umbraservicemonitor.h"
@@ -46,6 +51,8 @@ void BramDaemon::connectSignals()
             &BramDaemon::onUmbraServiceAvailable);
     connect(&m_packageManager, &UmbraPackageManager::connectionChanged, this,
             &BramDaemon::onPackageManagerAvailable);
+    connect(&m_activityManager, &UmbraActivityManager::connectionChanged, this,
+            &BramDaemon::onActivityManagerAvailable);
     connect(&m_packageManager, &UmbraPackageManager::installationResultReceived, this,
             &BramDaemon::onNotifyInstallationResult);
     connect(&m_packageManager, &UmbraPackageManager::uninstallationResultReceived, this,
@@ -172,25 +179,31 @@ void BramDaemon::triggerPackageMod(const PackageMod &mod)
 
 quint64 BramDaemon::getAndroidAppDataUsage()
 {
-    return 0;
+    return appDataUsage(m_config->path(DaemonConfig::AppDataDir));
 }
 
 bool BramDaemon::getAppStartOnBootup(const QString &packageName)
 {
-    Q_UNUSED(packageName)
-    return false;
+    return m_deviceIdle.isPowerSaveWhitelisted(packageName);
 }
 
 void BramDaemon::setAppStartOnBootup(const QString &packageName, bool autoStartAllowed)
 {
-    Q_UNUSED(packageName)
-    Q_UNUSED(autoStartAllowed)
+    const bool before = getAppStartOnBootup(packageName);
+    m_deviceIdle.setPowerSaveWhitelist(packageName, autoStartAllowed);
+    const bool after = getAppStartOnBootup(packageName);
+    if (after != before)
+        Q_EMIT appStartOnBootupChanged(packageName, after);
 }
 
 AppSizeInfo BramDaemon::getAppSize(const QString &packageName)
 {
-    Q_UNUSED(packageName)
-    return AppSizeInfo();
+    const PackageStats stats =
+        m_storageStatsManager.queryStatsForPackage(packageName, QString(), 0);
+    // The figures are the runtime's; unsigned, so that absurd ones wrap round instead of
+    // overflowing.
+    const quint64 data = static_cast<quint64>(stats.data) - static_cast<quint64>(stats.cache);
+    return {stats.code, static_cast<qint64>(data), stats.cache};
 }
 
 void BramDaemon::deleteAppCacheFiles(const QString &packageName)
@@ -205,42 +218,60 @@ void BramDaemon::clearAppUserData(const QString &packageName)
 
 void BramDaemon::forceStopApp(const QString &packageName)
 {
-    Q_UNUSED(packageName)
+    m_activityManager.forceStopPackage(packageName);
 }
 
 void BramDaemon::launchIntent(const QString &action, const QString &data, const QString &type,
                               const QString &packageName, const QString &className,
                               const QString &category, const QVariantMap &extras)
 {
-    Q_UNUSED(action)
-    Q_UNUSED(data)
-    Q_UNUSED(type)
-    Q_UNUSED(packageName)
-    Q_UNUSED(className)
-    Q_UNUSED(category)
-    Q_UNUSED(extras)
+    startRuntime();
+    qCDebug(daemonLog) << "Launching intent" << action << data << type << packageName << className;
+    queueIntent(Intents::launch(action, data, type, packageName, className, category, extras));
 }
 
 void BramDaemon::launchApp(const QString &packageName)
 {
-    Q_UNUSED(packageName)
+    startRuntime();
+    if (UmbraServiceMonitor::instance()->isConnected()) {
+        qCDebug(daemonLog) << "Launching" << packageName;
+        UmbraServiceMonitor::instance()->launchPackage(packageName);
+        return;
+    }
+    qCDebug(daemonLog) << "Starting Umbra to launch" << packageName;
+    publishRuntimeStarting(packageName);
+    m_launches.append(packageName);
 }
 
 void BramDaemon::share(const QVariantMap &shareActionConfiguration)
 {
-    Q_UNUSED(shareActionConfiguration)
+    startRuntime();
+    const auto intent = ShareRequest::fromConfiguration(shareActionConfiguration).toIntent();
+    if (intent)
+        queueIntent(*intent);
 }
 
 void BramDaemon::openAppSettings(const QString &packageName)
 {
-    Q_UNUSED(packageName)
+    startRuntime();
+    qCDebug(daemonLog) << "Opening app settings for" << packageName;
+    queueIntent(Intents::appSettings(packageName));
 }
 
-void BramDaemon::viewLicenses() {}
+void BramDaemon::viewLicenses()
+{
+    startRuntime();
+    qCDebug(daemonLog) << "Opening legal information settings page";
+    queueIntent(Intents::licenses());
+}
 
 void BramDaemon::notifyRuntimeUpgrade(bool upgrading)
 {
-    Q_UNUSED(upgrading)
+    qCDebug(daemonLog) << "notifyRuntimeUpgrade:" << upgrading;
+    const auto notify = upgrading ? HomeScreen::updatingStarted : HomeScreen::updatingFinished;
+    const QStringList desktopFiles = m_desktopManager.installedEntries();
+    for (const QString &desktopFile : desktopFiles)
+        notify(m_sessionBus, desktopFile);
 }
 
 AndroidVersionData BramDaemon::getAndroidVersionData()
@@ -274,19 +305,20 @@ void BramDaemon::onNotifyUninstallationResult(bool success, const QString &packa
 
 void BramDaemon::onUmbraServiceAvailable(bool connected)
 {
-    if (connected && m_packageManager.isConnected())
-        releasePackageRequests();
+    if (connected && isRuntimeReady())
+        releaseRequests();
 }
 
 void BramDaemon::onPackageManagerAvailable(bool connected)
 {
-    if (connected && UmbraServiceMonitor::instance()->isConnected())
-        releasePackageRequests();
+    if (connected && isRuntimeReady())
+        releaseRequests();
 }
 
 void BramDaemon::onActivityManagerAvailable(bool connected)
 {
-    Q_UNUSED(connected)
+    if (connected)
+        startIntents();
 }
 
 void BramDaemon::startRuntime()
@@ -301,9 +333,42 @@ bool BramDaemon::isRuntimeReady() const
     return m_packageManager.isConnected() && UmbraServiceMonitor::instance()->isConnected();
 }
 
-void BramDaemon::releasePackageRequests()
+// Which of the two connections comes up last is for the runtime to decide: whoever finds both up
+// gets here, so that nothing that was accepted is stranded.
+void BramDaemon::releaseRequests()
 {
+    while (!m_launches.isEmpty()) {
+        const QString packageName = m_launches.takeFirst();
+        qCDebug(daemonLog) << "Launching " << packageName << " (" << m_launches.size()
+                           << " more in queue)";
+        UmbraServiceMonitor::instance()->launchPackage(packageName);
+    }
     m_packageRequests.release([this](const PackageMod &request) { triggerPackageMod(request); });
+}
+
+void BramDaemon::queueIntent(const Intent &intent)
+{
+    m_intents.add(intent);
+    if (m_activityManager.isConnected())
+        startIntents();
+    else
+        publishRuntimeStarting(intent.package);
+}
+
+void BramDaemon::startIntents()
+{
+    m_intents.workThrough([this](const Intent &intent) {
+        qCDebug(daemonLog) << "Launching " << intent.action << intent.package;
+        m_activityManager.startActivity(intent);
+        if (!intent.package.isEmpty())
+            waitForWindow(intent.package);
+    });
+}
+
+void BramDaemon::publishRuntimeStarting(const QString &packageName)
+{
+    const QString name = m_desktopManager.applicationName(packageName);
+    publishNotification(qtTrId("bramd-launch_umbra_to_start_android_app").arg(name), false);
 }
 
 bool BramDaemon::isInstalledSilently(const QString &filename, PackageSource source) const

@@ -3,6 +3,7 @@
 #include "daemon/androidversiondata.h"
 #include "daemon/appsizeinfo.h"
 #include "daemon/callercheck.h"
+#include "daemon/intentqueue.h"
 #include "daemon/packagemod.h"
 #include "daemon/packagerequests.h"
 #include "daemon/packagestaging.h"
@@ -12,7 +13,11 @@
 #include "platform/host/accountsdevicepolicy.h"
 #include "platform/host/packageremover.h"
 #include "platform/host/sessionbus.h"
+#include "runtime/umbraactivitymanager.h"
+#include "runtime/umbradeviceidle.h"
 #include "runtime/umbrapackagemanager.h"
+#include "runtime/umbrastoragestatsmanager.h"
+#include "runtime/umbratimezonemonitor.h"
 
 #include <QDBusContext>
 #include <QObject>
@@ -93,17 +98,26 @@ private:
     void registerOnBus();
     void startRuntime();
     bool isRuntimeReady() const;
-    void releasePackageRequests();
+    void releaseRequests();
+    void queueIntent(const Intent &intent);
+    void startIntents();
+    void publishRuntimeStarting(const QString &packageName);
     bool isInstalledSilently(const QString &filename, PackageSource source) const;
     QString runtimePath(const QString &hostPath) const;
     void removeHostPackage(const QString &package);
 
     ApkManager m_apkManager;
     UmbraPackageManager m_packageManager;
+    UmbraActivityManager m_activityManager;
+    UmbraStorageStatsManager m_storageStatsManager;
+    UmbraTimezoneMonitor m_timezoneMonitor;
+    UmbraDeviceIdle m_deviceIdle;
     DesktopManager m_desktopManager;
     ServiceController *m_serviceController;
     const DaemonConfig *m_config;
     PackageRequests m_packageRequests;
+    QStringList m_launches; // packages to launch once the runtime is ready
+    IntentQueue m_intents;
 
     AccountsDevicePolicy m_devicePolicy;
     CallerCheck m_callerCheck;

@@ -12,7 +12,7 @@ LAUNCHER = "com.corvo.bramd.launcher"
 SERVICE = "com.corvo.bramd.service"
 CONFIG = "com.corvo.bramd.config"
 
-PERSISTENT_CLIENTS = ("package", "umbra")
+PERSISTENT_CLIENTS = ("package", "activity", "alarm", "umbra")
 
 
 ANNOUNCED = "Launchers complete. Removing orphans"

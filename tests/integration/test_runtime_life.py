@@ -4,9 +4,9 @@ import pytest
 
 from phone.waiting import wait_for
 
-from daemonsteps import (ANNOUNCED, BINDER, DIED, SERVICE, connected_line, forgive_deaths,
-                         start_beside_runtime, start_runtime, wait_until_announced,
-                         wait_until_connected)
+from daemonsteps import (ANNOUNCED, BINDER, DIED, PERSISTENT_CLIENTS, SERVICE, connected_line,
+                         forgive_deaths, start_beside_runtime, start_runtime,
+                         wait_until_announced, wait_until_connected)
 from hostfiles import download, entries, traces
 from packagerequests import check_removal, install_paths, installs, removals
 from parcels import ADD_LAUNCHER, COMPLETE, int32, launcher, string16
@@ -29,7 +29,8 @@ def install(phone, name="weather"):
 
 def expect_deaths(phone, since):
     """Each held service that dies is one warning."""
-    wait_for(lambda: phone.daemon.log.count(DIED, since) >= 2, "the deaths of both services")
+    wait_for(lambda: phone.daemon.log.count(DIED, since) >= len(PERSISTENT_CLIENTS),
+             "the deaths of all held services")
     phone.daemon.log.claim_all(DIED, "warning", BINDER, since)
 
 
@@ -149,7 +150,7 @@ def test_a_device_that_appears_late(phone, bramd):
     log.expect(NO_DEVICE, "warning", SERVICE)
     phone.unit.show("active", "running")
     log.expect(NO_DEVICE, "warning", SERVICE)
-    for name in ("package", "umbra"):
+    for name in ("package", "activity", "storagestats", "alarm", "deviceidle", "umbra"):
         log.expect(f"Could not get service manager for {name}", "critical", BINDER)
     phone.unit.show("inactive", "dead")
     phone.add_device()

@@ -1,0 +1,65 @@
+#include "daemon/intents.h"
+
+#include "config/daemonconfig.h"
+
+namespace Intents {
+
+namespace {
+
+// AOSP frameworks/base, core/java/android/content/Intent.java: FLAG_ACTIVITY_NEW_TASK,
+// FLAG_ACTIVITY_TASK_ON_HOME, FLAG_ACTIVITY_CLEAR_TASK
+constexpr int NewTask = 0x10000000;
+constexpr int TaskOnHome = 0x00004000;
+constexpr int ClearTask = 0x00008000;
+
+Intent settingsPage(const QString &action)
+{
+    Intent intent;
+    intent.action = action;
+    intent.package = QStringLiteral("com.android.settings");
+    intent.flags = NewTask | ClearTask;
+    return intent;
+}
+
+} // namespace
+
+Intent launch(const QString &action, const QString &data, const QString &type,
+              const QString &packageName, const QString &className, const QString &category,
+              const QVariantMap &extras)
+{
+    const QString mainAction = QStringLiteral("android.intent.action.MAIN");
+    Intent intent;
+    intent.action = action.isEmpty() ? mainAction : action;
+    if (intent.action == mainAction)
+        intent.flags = NewTask | TaskOnHome;
+    if (!data.isEmpty())
+        intent.data = DaemonConfig::toAndroidUrl(data);
+    if (!type.isEmpty())
+        intent.type = type;
+    if (!packageName.isEmpty()) {
+        intent.package = packageName;
+        if (!className.isEmpty()) {
+            intent.componentPackage = packageName;
+            intent.componentClass = className;
+        }
+    }
+    if (!category.isEmpty())
+        intent.categories = QStringList{category};
+    intent.extras = extras;
+    return intent;
+}
+
+Intent appSettings(const QString &packageName)
+{
+    Intent intent = settingsPage(QStringLiteral("android.settings.APPLICATION_DETAILS_SETTINGS"));
+    intent.data.setScheme(QStringLiteral("package"));
+    intent.data.setPath(packageName);
+    return intent;
+}
+
+Intent licenses()
+{
+    return settingsPage(QStringLiteral("android.settings.LEGAL_INFO"));
+}
+
+} // namespace Intents

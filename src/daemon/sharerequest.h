@@ -1,0 +1,25 @@
+#pragma once
+
+#include "binder/intent.h"
+
+#include <QString>
+#include <QVariantList>
+#include <QVariantMap>
+
+#include <optional>
+
+/// What the user wants to share, and with which Android app, as the host's sharing framework says
+/// it.
+struct ShareRequest
+{
+    /// Reads a share configuration. Values may be wrapped as they come over D-Bus. An unknown key
+    /// gets a warning and is left out.
+    static ShareRequest fromConfiguration(const QVariantMap &configuration);
+
+    /// The intent that shares it; none when there is nothing to share.
+    std::optional<Intent> toIntent() const;
+
+    QVariantList resources;     ///< file paths or URLs; for text, maps
+    QString mimeType;           ///< of the resources
+    QVariantMap transferMethod; ///< the target; its "methodId" is PACKAGE/CLASS
+};
