@@ -90,6 +90,17 @@ def test_without_a_system_bus_it_ends_with_1(phone):
         record.claimed |= record.category != DAEMON  # What others say about the missing bus.
 
 
+def test_the_staging_directory_is_emptied_before_the_names_are_taken(phone):
+    phone.start_daemon()
+    leftover = INCOMING / "old.apk"
+    leftover.write_bytes(b"left over")
+    second = phone.start_daemon(wait=False)
+    assert second.process.wait_for_end() == 1
+    second.log.expect(f'Removing old incoming file: "{leftover}"', timeout=0)
+    second.log.claim_all(re.compile("Cannot register D-Bus service at .*"), "critical", DAEMON)
+    assert not leftover.exists()
+
+
 def test_it_can_be_started_again_when_it_has_ended(phone):
     phone.start_daemon()
     phone.stop_daemon()
