@@ -4,6 +4,8 @@ import os
 import subprocess
 import sys
 
+from .phone import HOST_SERVICES, Phone
+
 HINTS = """
 This shell runs on the simulated phone; leaving it ends the phone.
 
@@ -31,3 +33,14 @@ def run_shell(phone):
     shell = os.environ.get("SHELL", "/bin/sh")
     environment = {**os.environ, **addresses(phone), "PS1": "phone# "}
     return subprocess.run([shell], env=environment, check=False).returncode
+
+
+def main(sdk):
+    """A phone with every host service and the daemon."""
+    with Phone(sdk, services=HOST_SERVICES) as phone:
+        phone.start_daemon()
+        return run_shell(phone)
+
+
+if __name__ == "__main__":
+    sys.exit(main(int(sys.argv[1])))

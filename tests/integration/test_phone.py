@@ -77,6 +77,22 @@ def test_the_exit_status_of_the_command_is_handed_on():
     assert subprocess.run([ENTER, "sh", "-c", "kill -9 $$"], check=False).returncode == 137
 
 
+def test_the_shell_finds_the_daemon_and_the_users_bus():
+    questions = """
+busctl --system call com.corvo.bramd /com/corvo/bramd com.corvo.bramd getAndroidVersionData
+gdbus call --session --dest org.freedesktop.Notifications \\
+    --object-path /org/freedesktop/Notifications \\
+    --method org.freedesktop.Notifications.GetServerInformation
+exit 5
+"""
+    result = subprocess.run([ENTER.with_name("shell"), "29"], input=questions, text=True,
+                            capture_output=True, env={**os.environ, "SHELL": "/bin/sh"},
+                            check=False, timeout=60)
+    assert '(iss) 29 "10" "2021-05-05"' in result.stdout, result
+    assert "simulated phone" in result.stdout, result
+    assert result.returncode == 5
+
+
 def test_sd_login_reads_who_is_active(phone):
     library = ctypes.CDLL("libsystemd.so.0")
     uid = ctypes.c_uint()
