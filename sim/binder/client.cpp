@@ -14,17 +14,6 @@ namespace {
 constexpr std::size_t MaxNodes = 65536;
 constexpr std::size_t MaxReferences = 65536;
 
-template <typename Matches>
-void removeWork(WorkList *works, Matches matches)
-{
-    for (auto work = works->begin(); work != works->end(); ++work) {
-        if (matches(*work)) {
-            works->erase(work);
-            return;
-        }
-    }
-}
-
 } // namespace
 
 Client::Client(Context &context, pid_t pid, uid_t euid)
@@ -100,6 +89,16 @@ void Client::queueAnnouncement(Node &node, Wake wake)
         queueForProcess(AnnouncementWork{node.shared_from_this()});
 }
 
+template <typename Matches>
+void Client::withdraw(Matches matches)
+{
+    m_threadWork.remove_if(matches);
+    m_processWork.remove_if(matches);
+    // What woke the thread can be read already, and this was all that was left behind it.
+    if (m_threadWork.empty())
+        m_threadIsWoken = false;
+}
+
 void Client::withdrawAnnouncement(Node &node)
 {
     if (!node.isAnnouncementQueued())
@@ -109,8 +108,7 @@ void Client::withdrawAnnouncement(Node &node)
         const auto *announcement = std::get_if<AnnouncementWork>(&work);
         return announcement != nullptr && announcement->node.get() == &node;
     };
-    removeWork(&m_threadWork, isOfNode);
-    removeWork(&m_processWork, isOfNode);
+    withdraw(isOfNode);
 }
 
 void Client::withdrawDeath(const Death *death)
@@ -119,8 +117,7 @@ void Client::withdrawDeath(const Death *death)
         const auto *notice = std::get_if<DeathWork>(&work);
         return notice != nullptr && notice->death.get() == death;
     };
-    removeWork(&m_threadWork, isOfDeath);
-    removeWork(&m_processWork, isOfDeath);
+    withdraw(isOfDeath);
 }
 
 void Client::stopWriting(std::uint32_t code)

@@ -106,6 +106,8 @@ public:
     bool letGo(Reference &reference, Strength strength);
 
 private:
+    template <typename Matches>
+    void withdraw(Matches matches);
     void withdrawAnnouncement(Node &node);
     void drop(Reference &reference);
     void abandonCalls();

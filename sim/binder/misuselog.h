@@ -8,7 +8,8 @@
 namespace SimBinder {
 
 /// Counts what a correct program never does and the kernel only notes in its own log: a buffer
-/// freed twice, a reference given back too often, an answer that nobody waits for. One line each.
+/// freed twice, a reference given back too often, an answer that nobody waits for. The first cases
+/// get one line each, the rest are only counted.
 class MisuseLog
 {
 public:

@@ -21,8 +21,8 @@ public:
     bool start();
 
     /// Ends it. Returns what it noted as misuse since start(), one text each; a kernel's driver
-    /// tells nobody.
-    QStringList stop();
+    /// tells nobody. `crash` is set to what else was wrong with its end.
+    QStringList stop(QString *crash = nullptr);
 
     /// Whether stop() can tell.
     static bool notesMisuse();

@@ -257,6 +257,24 @@ void DriverReferenceTest::whatWasNeverReceivedCannotBeFreed()
     manager().write(Commands().freeBuffer(call.address));
 }
 
+void DriverReferenceTest::whatIsNotReadYetCannotBeFreed()
+{
+    expectMisuse("BC_FREE_BUFFER of what is no received message");
+    Party caller(device());
+    caller.write(Commands().oneWay(0, 1, QByteArray("first")));
+    const Return first = manager().read().last();
+    manager().write(Commands().freeBuffer(first.address));
+    caller.write(Commands().oneWay(0, 2, QByteArray("again")));
+
+    // The place of the first message is the second one's now.
+    manager().write(Commands().freeBuffer(first.address));
+
+    const Return second = manager().read().last();
+    QCOMPARE(second.address, first.address);
+    QCOMPARE(second.data, QByteArray("again"));
+    manager().write(Commands().freeBuffer(second.address));
+}
+
 void DriverReferenceTest::whatIsNotFreedBeforeClosingIsNoted()
 {
     expectMisuse("closes with 2 received messages not freed");

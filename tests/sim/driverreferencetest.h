@@ -24,6 +24,7 @@ private Q_SLOTS:
     void anAnswerThatIsNotDueIsIgnored();
     void whatIsFreedTwiceIsIgnored();
     void whatWasNeverReceivedCannotBeFreed();
+    void whatIsNotReadYetCannotBeFreed();
     void whatIsNotFreedBeforeClosingIsNoted();
     void handle0CanBeAcquired();
     void theContextManagerCannotAcquireHandle0();

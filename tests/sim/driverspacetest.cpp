@@ -150,13 +150,22 @@ void DriverSpaceTest::noMoreThan4MiBOfAMappingAreUsed()
 {
     constexpr int Largest = 4 * 1024 * 1024;
     Party owner(device(), 2 * Largest);
+    Party other(device());
     const quint32 handle = handOver(owner, 5, manager());
+    const quint32 others = handOver(owner, 5, other);
 
     manager().exchange(Commands().call(handle, 1, bytes(Largest + 8)), 0);
     QCOMPARE(manager().readUntil("BR_FAILED_REPLY").names(), Failed);
 
-    const Return reply = callAndServe(manager(), handle, owner, bytes(Largest));
-    QVERIFY(reply.data.isEmpty());
+    manager().write(Commands().call(handle, 2, bytes(Largest - 4096)));
+    const Return call = owner.readUntil("BR_TRANSACTION").last();
+    other.exchange(Commands().call(others, 3, bytes(8192)), 0);
+    QCOMPARE(other.readUntil("BR_FAILED_REPLY").names(), Failed);
+
+    owner.write(Commands().freeBuffer(call.address).reply());
+    owner.readUntil("BR_TRANSACTION_COMPLETE");
+    manager().write(Commands().freeBuffer(manager().readUntil("BR_REPLY").last().address));
+    callAndServe(manager(), handle, owner, bytes(Largest));
 }
 
 void DriverSpaceTest::aHugeMessageFails()

@@ -26,6 +26,9 @@ protected:
 
     void expectMisuse(const char *text) { m_expectedMisuse.append(QLatin1String(text)); }
 
+    /// For a test that cannot foresee them.
+    void expectAnyMisuse() { m_expectsAnyMisuse = true; }
+
     /// Lets `receiver` have a handle of its own to the owner's object, which is announced before,
     /// by way of the context manager, who keeps nothing. The handle has one strong reference.
     quint32 handOver(Party &owner, quint64 id, Party &receiver, quint32 objectFlags = 0x113);
@@ -43,4 +46,5 @@ private:
     std::unique_ptr<DeviceUnderTest> m_device;
     std::unique_ptr<Party> m_manager;
     QStringList m_expectedMisuse;
+    bool m_expectsAnyMisuse = false;
 };

@@ -31,7 +31,7 @@ bool DeviceUnderTest::start()
     return true;
 }
 
-QStringList DeviceUnderTest::stop()
+QStringList DeviceUnderTest::stop(QString *)
 {
     return {};
 }

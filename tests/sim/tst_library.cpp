@@ -113,7 +113,9 @@ void TestLibrary::cleanup()
     m_names.reset();
     m_service.reset();
     m_manager.reset();
-    const QStringList misuse = m_device->stop();
+    QString crash;
+    const QStringList misuse = m_device->stop(&crash);
+    QCOMPARE(crash, QString());
     QCOMPARE(misuse, QStringList());
     TestCase::cleanup();
 }
