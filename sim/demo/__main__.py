@@ -36,12 +36,18 @@ def tell(phone, narrator, apks, picture, keep):
         journey.install()
     show_grid(narrator, journeys, picture)
     if keep:
+        narrate_end(narrator)
         run_shell(phone)
         return
     # Of two versions of an app, the later one has replaced the other.
     for journey in {journey.apk.package: journey for journey in journeys}.values():
         journey.remove()
     show_rest(phone, narrator, before)
+    narrate_end(narrator)
+
+
+def narrate_end(narrator):
+    narrator.heading("Done", f"every line above was checked; {narrator.seconds:.1f} s")
 
 
 def show_grid(narrator, journeys, picture):
@@ -91,8 +97,10 @@ def main(arguments):
         apks = [ApkFile(path) for path in words[1:]]
         with Phone() as phone:
             tell(phone, narrator, apks, Path(words[0]), keep)
-        narrator.heading("Done", f"every line above was checked; {narrator.seconds:.1f} s")
         return 0
+    except KeyboardInterrupt:
+        narrator.failure("interrupted; the phone is gone, and nothing of it is left")
+        return 130
     except BrokenPipeError:
         # Nobody reads on: nothing more is to be told, not even by Python at its end.
         os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())

@@ -18,8 +18,7 @@ class ApkFile:
         header = re.search(r"^package: name='([^']+)' versionCode='(\d*)' versionName='([^']*)'",
                            badging.stdout, re.MULTILINE)
         if badging.returncode != 0 or not header:
-            reason = badging.stderr.strip().splitlines() or ["no package in it"]
-            raise Failure(f"{path} is no APK that aapt can read: {reason[0]}")
+            raise Failure(f"{path} is no APK: {_reason(badging.stderr)}")
         self.package, self.version_code, self.version = header.groups()
         label = re.search(r"^application-label:'(.*)'$", badging.stdout, re.MULTILINE)
         self.label = label.group(1) if label else self.package
@@ -39,3 +38,11 @@ class ApkFile:
                 if member.file_size == len(content) and archive.read(member) == content:
                     return member.filename
         return None
+
+
+def _reason(complaints):
+    """The first complaint of aapt, without the log's tag, time and process in front of it."""
+    if not complaints.strip():
+        return "no package in it"
+    line = complaints.strip().splitlines()[0]
+    return re.sub(r"^\S+ [VDIWEF] [-\d]+ [:\d]+ +\d+ +\d+ ", "", line)

@@ -117,6 +117,8 @@ class Journey:
                                            f"the user was told “{said}”")
         self._narrator.step("installed", f"the runtime has {self.apk.package} {version}")
         self._narrator.step("notification", f"“{said}”")
+        if said.endswith(": "):
+            self._narrator.detail("without a name: only the announcement, which follows, brings it")
 
     def _installed_version(self):
         for app in self._phone.runtime.apps():
