@@ -9,6 +9,7 @@ is mounted further down (a checkout below /home included).
 import ctypes
 import os
 import stat
+import subprocess
 from pathlib import Path
 
 USER = "phone-user"
@@ -23,11 +24,20 @@ MS_NOSUID, MS_BIND, MS_MOVE, MS_REC, MS_PRIVATE = 2, 4096, 8192, 16384, 1 << 18
 _libc = ctypes.CDLL(None, use_errno=True)
 
 
+class NotAllowed(Exception):
+    """This machine lets the caller make no namespaces."""
+
+
 def unshare_command():
     """The command line that runs the words after it as first process of new namespaces."""
     command = ["/usr/bin/unshare", "--mount", "--pid", "--fork", "--mount-proc", "--kill-child",
                "--propagation", "private"]
-    return command if os.getuid() == 0 else command + ["--user", "--map-root-user"]
+    if os.getuid() != 0:
+        command += ["--user", "--map-root-user"]
+    attempt = subprocess.run([*command, "/bin/true"], check=False, capture_output=True, text=True)
+    if attempt.returncode != 0:
+        raise NotAllowed(attempt.stderr.strip())
+    return command
 
 
 def build(build_directory):

@@ -93,6 +93,18 @@ exit 5
     assert result.returncode == 5
 
 
+def test_a_machine_without_namespaces_is_told_so():
+    # In a user namespace of its own, whose limits are nobody else's.
+    forbid = "echo 0 > /proc/sys/user/max_mnt_namespaces && exec \"$@\""
+    refused = subprocess.run(
+        ["unshare", "--user", "--map-root-user", "sh", "-c", forbid, "sh", ENTER, "echo", "entered"],
+        check=False, capture_output=True, text=True)
+    assert refused.returncode == 1
+    assert refused.stdout == ""
+    assert refused.stderr.startswith("enter: unshare: unshare failed: ")
+    assert "needs private namespaces" in refused.stderr
+
+
 def test_sd_login_reads_who_is_active(phone):
     library = ctypes.CDLL("libsystemd.so.0")
     uid = ctypes.c_uint()
