@@ -34,10 +34,13 @@ HandlerId NameWatch::add(const QByteArray &name, std::function<void()> handler)
         return id;
 
     m_nextRound.restartPace();
-    if (mayBeLookedUp(name))
+    // Either way a round that is already due at the patient pace would be too far away.
+    if (mayBeLookedUp(name)) {
+        m_nextRound.stop(); // the first look schedules it anew
         m_firstLook.start();
-    else // it has its turn in a round; one of the patient pace would be too far away
+    } else {
         m_nextRound.schedule();
+    }
     return id;
 }
 
