@@ -32,6 +32,12 @@ UmbraTimezoneMonitor::UmbraTimezoneMonitor(QObject *parent)
         onServiceConnectionChanged(true);
 }
 
+UmbraTimezoneMonitor::~UmbraTimezoneMonitor()
+{
+    // The connection's own destructor still tells of its end, which this object must not hear.
+    disconnect(this, &UmbraBinderConnection::connectionChanged, this, nullptr);
+}
+
 void UmbraTimezoneMonitor::settingsChanged(const Fjord::Timed::WallClock::Info &newInfo,
                                            bool time_changed)
 {

@@ -14,6 +14,7 @@ class UmbraTimezoneMonitor : public UmbraBinderConnection
 
 public:
     explicit UmbraTimezoneMonitor(QObject *parent = nullptr);
+    ~UmbraTimezoneMonitor() override;
 
 public Q_SLOTS:
     /// The host's time settings have changed. `time_changed` tells whether the clock was set,
