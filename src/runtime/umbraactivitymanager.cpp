@@ -1,8 +1,7 @@
 #include "runtime/umbraactivitymanager.h"
 
-#include "binder/binderparcel.h"
 #include "binder/intentcodec.h"
-#include "platform/binder/client.h"
+#include "binder/umbrabindercall.h"
 #include "runtime/transactioncodes.h"
 
 namespace {
@@ -30,11 +29,10 @@ UmbraActivityManager::UmbraActivityManager(QObject *parent)
 
 void UmbraActivityManager::startActivity(const Intent &intent)
 {
-    const std::shared_ptr<Binder::Client> remote = client();
-    if (remote == nullptr)
+    UmbraBinderCall call(*this);
+    if (!call.isPossible())
         return;
-    const auto request = remote->createRequest();
-    BinderParcel fields(*request);
+    BinderParcel &fields = call.fields();
     fields.writeLocalObject(nullptr); // caller's application thread
     fields.writeString(nobody());     // calling package
     fields.writeInt32(1);             // an intent follows
@@ -46,17 +44,16 @@ void UmbraActivityManager::startActivity(const Intent &intent)
     fields.writeInt32(0);             // start flags
     fields.writeInt32(0);             // no profiler information
     fields.writeInt32(0);             // no options
-    remote->transact(StartActivity.forRuntime(), *request);
+    call.send(StartActivity.forRuntime());
 }
 
 void UmbraActivityManager::forceStopPackage(const QString &packageName)
 {
-    const std::shared_ptr<Binder::Client> remote = client();
-    if (remote == nullptr)
+    UmbraBinderCall call(*this);
+    if (!call.isPossible())
         return;
-    const auto request = remote->createRequest();
-    BinderParcel fields(*request);
+    BinderParcel &fields = call.fields();
     fields.writeString(packageName);
     fields.writeInt32(Owner);
-    remote->transact(ForceStopPackage.forRuntime(), *request);
+    call.send(ForceStopPackage.forRuntime());
 }

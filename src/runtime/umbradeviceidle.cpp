@@ -1,8 +1,7 @@
 #include "runtime/umbradeviceidle.h"
 
-#include "binder/binderparcel.h"
 #include "binder/logging.h"
-#include "platform/binder/client.h"
+#include "binder/umbrabindercall.h"
 #include "runtime/transactioncodes.h"
 
 namespace {
@@ -27,29 +26,24 @@ UmbraDeviceIdle::UmbraDeviceIdle(QObject *parent)
 
 void UmbraDeviceIdle::setPowerSaveWhitelist(const QString &packageName, bool whitelisted)
 {
-    const std::shared_ptr<Binder::Client> remote = client();
-    if (remote == nullptr)
+    UmbraBinderCall call(*this);
+    if (!call.isPossible())
         return;
-    const auto request = remote->createRequest();
-    BinderParcel fields(*request);
-    fields.writeString(packageName);
+    call.fields().writeString(packageName);
     Binder::Status status = Binder::StatusOk;
-    remote->transact(whitelisted ? AddPowerSaveWhitelistApp : RemovePowerSaveWhitelistApp, *request,
-                     &status);
+    call.send(whitelisted ? AddPowerSaveWhitelistApp : RemovePowerSaveWhitelistApp, &status);
     if (status != Binder::StatusOk)
         qCCritical(binderLog) << "PowerSaveWhitelist setting for" << packageName << "failed";
 }
 
 bool UmbraDeviceIdle::isPowerSaveWhitelisted(const QString &packageName)
 {
-    const std::shared_ptr<Binder::Client> remote = client();
-    if (remote == nullptr)
+    UmbraBinderCall call(*this);
+    if (!call.isPossible())
         return false;
-    const auto request = remote->createRequest();
-    BinderParcel fields(*request);
-    fields.writeString(packageName);
+    call.fields().writeString(packageName);
     Binder::Status status = Binder::StatusOk;
-    const auto reply = remote->transact(IsPowerSaveWhitelistApp.forRuntime(), *request, &status);
+    const auto reply = call.send(IsPowerSaveWhitelistApp.forRuntime(), &status);
     if (status == Binder::StatusOk && reply != nullptr) {
         BinderParcel answer(*reply);
         if (answer.readInt32() == NoException)

@@ -1,9 +1,8 @@
 #include "runtime/umbrapackagemanager.h"
 
-#include "binder/binderparcel.h"
 #include "binder/logging.h"
+#include "binder/umbrabindercall.h"
 #include "config/daemonconfig.h"
-#include "platform/binder/client.h"
 #include "platform/binder/servicemanager.h"
 #include "runtime/installresult.h"
 #include "runtime/transactioncodes.h"
@@ -63,76 +62,71 @@ UmbraPackageManager::~UmbraPackageManager()
 
 void UmbraPackageManager::installPackage(const QString &path, bool noObserver)
 {
-    const std::shared_ptr<Binder::Client> remote = client();
-    if (remote == nullptr)
+    UmbraBinderCall call(*this);
+    if (!call.isPossible())
         return;
     const std::shared_ptr<Binder::LocalObject> observer = noObserver ? nullptr : m_installObserver;
     if (DaemonConfig::androidSdkVersion() != LastSdkWithInstallPackage) {
         UmbraServiceMonitor::instance()->installPackage(path, observer.get());
         return;
     }
-    const auto request = remote->createRequest();
-    BinderParcel fields(*request);
+    BinderParcel &fields = call.fields();
     fields.writeString(path);
     fields.writeLocalObject(observer.get());
     fields.writeInt32(InstallFlags);
     fields.writeString(QString()); // installer package
     fields.writeInt32(Owner);
-    remote->transact(InstallPackage, *request);
+    call.send(InstallPackage);
 }
 
 void UmbraPackageManager::deletePackage(const QString &packageName, bool noObserver)
 {
-    const std::shared_ptr<Binder::Client> remote = client();
-    if (remote == nullptr)
+    UmbraBinderCall call(*this);
+    if (!call.isPossible())
         return;
-    const auto request = remote->createRequest();
-    BinderParcel fields(*request);
+    BinderParcel &fields = call.fields();
     fields.writeString(packageName);
     fields.writeInt32(AnyVersion);
     fields.writeLocalObject(noObserver ? nullptr : m_deleteObserver.get());
     fields.writeInt32(Owner);
     fields.writeInt32(DeleteFlags);
-    remote->transact(DeletePackage.forRuntime(), *request);
+    call.send(DeletePackage.forRuntime());
 }
 
 void UmbraPackageManager::deleteApplicationCacheFiles(const QString &packageName)
 {
-    const std::shared_ptr<Binder::Client> remote = client();
-    if (remote == nullptr)
+    UmbraBinderCall call(*this);
+    if (!call.isPossible())
         return;
-    const auto request = remote->createRequest();
-    BinderParcel fields(*request);
+    BinderParcel &fields = call.fields();
     fields.writeString(packageName);
     fields.writeInt32(Owner);
     fields.writeLocalObject(nullptr); // observer
-    remote->transact(DeleteCacheFiles.forRuntime(), *request);
+    call.send(DeleteCacheFiles.forRuntime());
 }
 
 void UmbraPackageManager::clearApplicationUserData(const QString &packageName)
 {
-    const std::shared_ptr<Binder::Client> remote = client();
-    if (remote == nullptr)
+    UmbraBinderCall call(*this);
+    if (!call.isPossible())
         return;
-    const auto request = remote->createRequest();
-    BinderParcel fields(*request);
+    BinderParcel &fields = call.fields();
     fields.writeString(packageName);
     fields.writeLocalObject(nullptr); // observer
     fields.writeInt32(Owner);
-    remote->transact(ClearUserData.forRuntime(), *request);
+    call.send(ClearUserData.forRuntime());
 }
 
 int UmbraPackageManager::getPackageUid(const QString &packageName, int flags)
 {
-    const std::shared_ptr<Binder::Client> remote = client();
-    if (remote == nullptr)
+    UmbraBinderCall call(*this);
+    if (!call.isPossible())
         return -1;
-    const auto request = remote->createRequest();
-    BinderParcel fields(*request);
+    BinderParcel &fields = call.fields();
     fields.writeString(packageName);
     fields.writeInt32(flags);
     fields.writeInt32(Owner);
-    const auto reply = remote->transact(GetPackageUid, *request);
+    const auto reply = call.send(GetPackageUid);
     if (reply == nullptr)
         return -1;
     BinderParcel answer(*reply);

@@ -1,7 +1,6 @@
 #include "runtime/umbraservicemonitor.h"
 
-#include "binder/binderparcel.h"
-#include "platform/binder/client.h"
+#include "binder/umbrabindercall.h"
 #include "platform/binder/servicemanager.h"
 
 #include <QDBusConnection>
@@ -60,33 +59,30 @@ UmbraServiceMonitor::UmbraServiceMonitor()
 
 void UmbraServiceMonitor::launchPackage(const QString &packageName)
 {
-    const std::shared_ptr<Binder::Client> remote = client();
-    if (remote == nullptr)
+    UmbraBinderCall call(*this);
+    if (!call.isPossible())
         return;
-    const auto request = remote->createRequest();
-    BinderParcel fields(*request);
-    fields.writeString(packageName);
-    remote->transact(LaunchPackage, *request);
+    call.fields().writeString(packageName);
+    call.send(LaunchPackage);
 }
 
 bool UmbraServiceMonitor::installPackage(const QString &path, const Binder::LocalObject *observer)
 {
-    const std::shared_ptr<Binder::Client> remote = client();
-    if (remote == nullptr)
+    UmbraBinderCall call(*this);
+    if (!call.isPossible())
         return false;
-    const auto request = remote->createRequest();
-    BinderParcel fields(*request);
+    BinderParcel &fields = call.fields();
     fields.writeString(path);
     fields.writeLocalObject(observer);
-    const auto reply = remote->transact(InstallPackage, *request);
+    const auto reply = call.send(InstallPackage);
     qint32 accepted = 0;
     return reply != nullptr && reply->readInt32(&accepted) && accepted != 0;
 }
 
 void UmbraServiceMonitor::registerListener()
 {
-    const std::shared_ptr<Binder::Client> remote = client();
-    if (remote == nullptr)
+    UmbraBinderCall call(*this);
+    if (!call.isPossible())
         return;
     m_listener.reset();
     m_listener = serviceManager()->createLocalObject(
@@ -100,11 +96,9 @@ void UmbraServiceMonitor::registerListener()
         qCritical() << "Failed to create local listener object";
         return;
     }
-    const auto request = remote->createRequest();
-    BinderParcel fields(*request);
-    fields.writeLocalObject(m_listener.get());
+    call.fields().writeLocalObject(m_listener.get());
     Binder::Status status = Binder::StatusOk;
-    remote->transact(SetListener, *request, &status);
+    call.send(SetListener, &status);
     if (status != Binder::StatusOk)
         qCritical() << "Failed to set listener for umbra service";
 }
