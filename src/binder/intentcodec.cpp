@@ -95,8 +95,10 @@ void Codec::writeOptional(const OwnedValue<Intent> &intent) const
 
 OwnedValue<Intent> Codec::readNestedIntent() const
 {
-    if (isTooDeep(m_depth + 1))
+    if (isTooDeep(m_depth + 1)) {
+        m_parcel = BinderParcel(); // what follows cannot be found without reading this intent
         return {};
+    }
     return nested().readIntent();
 }
 

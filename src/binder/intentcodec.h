@@ -11,7 +11,8 @@ class BinderParcel;
 /// ends early.
 ///
 /// Intents hold intents. What is nested deeper than MaxIntentDepth is left out, with one critical
-/// line: the runtime would not follow it either, and hostile data must not use up the stack.
+/// line: the runtime would not follow it either, and hostile data must not use up the stack. A
+/// reader takes the message for used up there.
 constexpr int MaxIntentDepth = 64;
 
 void writeIntent(BinderParcel &parcel, const Intent &intent);
