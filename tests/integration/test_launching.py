@@ -1,0 +1,174 @@
+"""Starting apps and pages of the runtime from the host."""
+
+import pytest
+
+from gi.repository import GLib
+
+from phone.namespace import USER
+from phone.runtime import CONTROL
+from phone.waiting import wait_for
+
+from daemonsteps import (DAEMON, connected_line, forgive_deaths, start_beside_runtime,
+                         wait_until_connected)
+from launches import (SDK_LEVELS, WEATHER, launched_packages, looks, start_with_weather,
+                      started_intents)
+from texts import ENGLISH
+
+MAIN = "android.intent.action.MAIN"
+VIEW = "android.intent.action.VIEW"
+SETTINGS = "com.android.settings"
+NEW_TASK_ON_HOME = 0x10004000
+NEW_CLEAR_TASK = 0x10008000
+
+EVERY_LEVEL = [pytest.param(sdk, marks=pytest.mark.phone(sdk=sdk)) for sdk in SDK_LEVELS]
+
+
+def launch(phone, action="", data="", kind="", package="", activity="", category="", extras=None):
+    phone.bramd.call("launchIntent", "ssssssa{sv}", action, data, kind, package, activity, category,
+                     extras or {})
+
+
+def starting_notice(name):
+    return ENGLISH["bramd-launch_umbra_to_start_android_app"].replace("%1", name)
+
+
+def shown(phone):
+    return [text for notice in phone.notifications.notices()
+            for text in (notice["summary"], notice["body"]) if text.startswith("Android")]
+
+
+def not_found(package):
+    return f'Window for "{package}" not yet found. Sleeping 500ms'
+
+
+def test_apps_are_launched_at_once_while_the_runtime_runs(phone):
+    start_with_weather(phone)
+    phone.bramd.call("launchApp", "s", WEATHER)
+    phone.daemon.log.expect(f'Launching "{WEATHER}"', "debug", DAEMON)
+    assert launched_packages(phone) == [WEATHER]
+    assert phone.runtime.control("state")["running"] == [WEATHER]
+    assert not phone.notifications.notices()
+
+
+def test_launches_wait_for_a_stopped_runtime_in_order(phone):
+    start_with_weather(phone)
+    phone.stop_runtime()
+    forgive_deaths(phone)
+    packages = [WEATHER, "org.example.second", "org.example.third"]
+    for package in packages:
+        phone.bramd.call("launchApp", "s", package)
+        phone.daemon.log.expect(f'Starting Umbra to launch "{package}"', "debug", DAEMON)
+    phone.notifications.wait_for_notice(3)
+    assert shown(phone) == [starting_notice("Weather"), starting_notice(""), starting_notice("")]
+    wait_for(lambda: len(launched_packages(phone)) == 3, "three launches", 30)
+    assert launched_packages(phone) == packages
+    for package, left in zip(packages, (2, 1, 0)):
+        phone.daemon.log.expect(f'Launching  "{package}"  ( {left}  more in queue)', "debug",
+                                DAEMON)
+
+
+@pytest.mark.parametrize("late", ["umbra", "package"])
+def test_no_launch_is_stranded_by_the_service_that_comes_last(phone, late):
+    phone.start_daemon()
+    phone.unit.set_command(phone.runtime.command(hold=[late]), CONTROL)
+    phone.bramd.call("launchApp", "s", WEATHER)
+    wait_until_connected(phone, services={"umbra", "package", "activity"} - {late})
+    assert not launched_packages(phone)
+    phone.runtime.release(late)
+    wait_for(lambda: launched_packages(phone) == [WEATHER], "the launch", 30)
+
+
+def test_intents_wait_for_the_activity_manager_in_order(phone):
+    phone.start_daemon()
+    phone.unit.set_command(phone.runtime.command(hold=["activity"]), CONTROL)
+    launch(phone, action="org.example.FIRST")
+    launch(phone, action="org.example.SECOND")
+    phone.notifications.wait_for_notice(2)
+    assert shown(phone) == [starting_notice("")] * 2
+    wait_until_connected(phone, services=("umbra", "package"))
+    assert not started_intents(phone)
+    phone.runtime.release("activity")
+    wait_for(lambda: phone.daemon.log.count(connected_line("activity")), "activity", 30)
+    wait_for(lambda: len(started_intents(phone)) == 2, "both intents", 30)
+    assert started_intents(phone) == [{"action": "org.example.FIRST"},
+                                      {"action": "org.example.SECOND"}]
+
+
+@pytest.mark.parametrize("sdk", EVERY_LEVEL)
+def test_empty_arguments_start_a_main_intent_without_a_window_wait(phone, sdk):
+    del sdk
+    start_beside_runtime(phone)
+    launch(phone)
+    assert started_intents(phone) == [{"action": MAIN, "flags": NEW_TASK_ON_HOME}]
+    assert not looks(phone)
+    phone.daemon.log.expect('Launching intent "" "" "" "" ""', "debug", DAEMON)
+    phone.daemon.log.expect(f'Launching  "{MAIN}" ""', "debug", DAEMON)
+
+
+def test_a_class_without_a_package_is_ignored(phone):
+    start_beside_runtime(phone)
+    launch(phone, activity="org.example.weather.MainActivity")
+    assert started_intents(phone) == [{"action": MAIN, "flags": NEW_TASK_ON_HOME}]
+
+
+@pytest.mark.parametrize("sdk", EVERY_LEVEL)
+def test_every_argument_reaches_the_runtime(phone, sdk):
+    del sdk
+    start_with_weather(phone)
+    launch(phone, VIEW, "https://example.org/a?b=c", "text/html", WEATHER, f"{WEATHER}.Main",
+           "android.intent.category.BROWSABLE",
+           {"text": GLib.Variant("s", "Grüße"), "number": GLib.Variant("i", -5),
+            "yes": GLib.Variant("b", True)})
+    assert started_intents(phone) == [{
+        "action": VIEW, "data": "https://example.org/a?b=c", "type": "text/html",
+        "package": WEATHER, "componentPackage": WEATHER, "componentClass": f"{WEATHER}.Main",
+        "categories": ["android.intent.category.BROWSABLE"],
+        "extras": {"text": "Grüße", "number": -5, "yes": True}}]
+
+
+def test_a_host_path_becomes_the_runtimes(phone):
+    start_beside_runtime(phone)
+    launch(phone, VIEW, f"/home/{USER}/Downloads/letter.pdf", "application/pdf")
+    intent = started_intents(phone)[0]
+    assert intent["data"].endswith("/Downloads/letter.pdf")
+    assert intent["data"].startswith("file:///storage/")
+    assert USER not in intent["data"]
+
+
+def test_one_look_is_enough_for_a_window_that_is_there(phone):
+    start_with_weather(phone)
+    launch(phone, package=WEATHER, activity=f"{WEATHER}.Main")
+    assert looks(phone) == [WEATHER]
+    assert not phone.daemon.log.count(not_found(WEATHER))
+
+
+def test_a_window_is_found_at_the_fourth_look(phone):
+    start_with_weather(phone)
+    phone.runtime.fault("SurfaceFlinger", "short", value=0, count=3)
+    launch(phone, package=WEATHER, activity=f"{WEATHER}.Main")
+    assert looks(phone) == [WEATHER] * 4
+    assert phone.daemon.log.count(not_found(WEATHER)) == 3
+
+
+@pytest.mark.parametrize("sdk", EVERY_LEVEL)
+def test_app_settings_open_and_ten_looks_are_the_most(phone, sdk):
+    del sdk
+    start_beside_runtime(phone)
+    phone.bramd.call("openAppSettings", "s", WEATHER)
+    phone.daemon.log.expect(f'Opening app settings for "{WEATHER}"', "debug", DAEMON)
+    assert started_intents(phone) == [{
+        "action": "android.settings.APPLICATION_DETAILS_SETTINGS", "package": SETTINGS,
+        "data": f"package:{WEATHER}", "flags": NEW_CLEAR_TASK}]
+    assert looks(phone) == [SETTINGS] * 10
+    assert phone.daemon.log.count(not_found(SETTINGS)) == 10
+
+
+def test_the_licenses_open_even_without_a_compositor(phone):
+    phone.start_runtime(hold=["SurfaceFlinger"])
+    phone.start_daemon()
+    wait_until_connected(phone)
+    phone.bramd.call("viewLicenses")
+    phone.daemon.log.expect("Opening legal information settings page", "debug", DAEMON)
+    assert started_intents(phone) == [{"action": "android.settings.LEGAL_INFO",
+                                       "package": SETTINGS, "flags": NEW_CLEAR_TASK}]
+    assert not looks(phone)
