@@ -106,6 +106,21 @@ class PackageKit(HostService):
         return self.control.call("TransactionCalls")
 
 
+class TimeDate(HostService):
+    """The host's clock and time zone."""
+
+    template = "timedate"
+    service = "org.freedesktop.timedate1"
+    path = "/org/freedesktop/timedate1"
+    control_interface = "phone.TimeDate"
+
+    def set_zone(self, zone):
+        self.control.call("SetZone", "s", zone)
+
+    def use_network_time(self, used):
+        self.control.call("SetNetworkTime", "b", used)
+
+
 class HomeScreen(HostService):
     """The app grid's model."""
 

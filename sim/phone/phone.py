@@ -7,14 +7,14 @@ from pathlib import Path
 
 from .buses import SESSION_SOCKET, SYSTEM_SOCKET, Bus
 from .daemon import INTERFACE, OBJECT, SERVICE, Daemon
-from .hostservices import Accounts, HomeScreen, Notifications, PackageKit, Unit
+from .hostservices import Accounts, HomeScreen, Notifications, PackageKit, TimeDate, Unit
 from .login import LoginState
 from .namespace import USER_ID
 from .router import Router
 from .runtime import CONTROL, Runtime
 
 HOST_SERVICES = {"notifications": Notifications, "accounts": Accounts, "packagekit": PackageKit,
-                 "homescreen": HomeScreen}
+                 "homescreen": HomeScreen, "timedate": TimeDate}
 
 
 class Phone:
@@ -38,6 +38,7 @@ class Phone:
         self._services = []
         self.unit = self.router = self.system_bus = self.session_bus = None
         self.notifications = self.accounts = self.packagekit = self.homescreen = None
+        self.timedate = None
         self.login = LoginState()
         if logged_in:
             self.login.login()

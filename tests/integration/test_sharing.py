@@ -10,7 +10,7 @@ from gi.repository import GLib
 from phone.namespace import USER
 
 from daemonsteps import DAEMON, start_beside_runtime
-from launches import (SDK_LEVELS, WEATHER, looks, start_with_weather, started_intents)
+from launches import SDK_LEVELS, WEATHER, looks, start_with_weather, started_intents
 
 SEND = "android.intent.action.SEND"
 SEND_MULTIPLE = "android.intent.action.SEND_MULTIPLE"
