@@ -1,5 +1,6 @@
 #include "platform/binder/channel.h"
 
+#include "platform/binder/address.h"
 #include "platform/binder/driver.h"
 #include "platform/binder/drivercategory.h"
 
@@ -42,11 +43,6 @@ int prepare(Driver &driver)
     if (driver.map(MappingSize) == nullptr)
         return -errno;
     return 0;
-}
-
-quint64 address(const void *pointer)
-{
-    return reinterpret_cast<std::uintptr_t>(pointer);
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "platform/binder/process.h"
 
+#include "platform/binder/address.h"
 #include "platform/binder/drivercategory.h"
 #include "platform/binder/message.h"
 #include "platform/binder/namekeeper.h"
@@ -34,11 +35,6 @@ constexpr int MaxNestedCalls = 16;
 // Newer than the kernel headers we build with: in place of BR_TRANSACTION_COMPLETE, when the
 // target of a one-way call is frozen and will be called later.
 constexpr quint32 BrTransactionPendingFrozen = _IO('r', 20);
-
-quint64 address(const void *pointer)
-{
-    return reinterpret_cast<std::uintptr_t>(pointer);
-}
 
 template <typename Item>
 const Item *pointer(quint64 address)
