@@ -1,7 +1,8 @@
 """usage: python3 -m demo [--keep] PICTURE APK...
 
 To be run inside the simulated phone (sim/phone/enter): installs every APK, draws the app grid into
-the file PICTURE, and removes every APK again. With --keep the apps stay, and a shell is opened.
+the file PICTURE, uses every app as a person would, and removes it again. With --keep the apps stay,
+and a shell is opened.
 """
 
 import os
@@ -14,10 +15,11 @@ from gi.repository import GLib
 from phone.interactive import run_shell
 from phone.phone import Phone
 
-from . import appgrid, hostapps, hostfiles
+from . import appgrid, care, hostapps, hostfiles, samples
 from .apkfile import ApkFile
 from .journey import Journey
 from .narrator import Failure, Narrator, check
+from .use import Use
 
 HOST_ICONS = Path("/run/demo/icons")
 
@@ -35,12 +37,14 @@ def tell(phone, narrator, apks, picture, keep):
     for journey in journeys:
         journey.install()
     show_grid(narrator, journeys, picture)
+    # Of two versions of an app, the later one has replaced the other.
+    installed = {journey.apk.package: journey for journey in journeys}.values()
+    show_use(phone, narrator, [journey.apk for journey in installed])
     if keep:
         narrate_end(narrator)
         run_shell(phone)
         return
-    # Of two versions of an app, the later one has replaced the other.
-    for journey in {journey.apk.package: journey for journey in journeys}.values():
+    for journey in installed:
         journey.remove()
     show_rest(phone, narrator, before)
     narrate_end(narrator)
@@ -58,6 +62,16 @@ def show_grid(narrator, journeys, picture):
         check(not missing, f"not in the app grid: {missing}")
     narrator.heading("App grid", f"{len(shown)} apps: {', '.join(shown)}")
     narrator.step("picture", picture)
+
+
+def show_use(phone, narrator, apks):
+    """Everything that one does with an app between its installation and its removal."""
+    files = samples.put_into_home()
+    for apk in apks:
+        Use(phone, narrator, apk, files).show()
+        care.show_size(phone, narrator, apk)
+        care.stop(phone, narrator, apk)
+    care.move(phone, narrator)
 
 
 def show_rest(phone, narrator, before):
@@ -95,7 +109,7 @@ def main(arguments):
     phone = None
     try:
         apks = [ApkFile(path) for path in words[1:]]
-        with Phone() as phone:
+        with Phone(services=("notifications", "timedate")) as phone:
             tell(phone, narrator, apks, Path(words[0]), keep)
         return 0
     except KeyboardInterrupt:
