@@ -4,14 +4,15 @@ import pytest
 
 from gi.repository import GLib
 
-from phone.namespace import USER
+from phone.daemon import SERVICE
 from phone.runtime import CONTROL
 from phone.waiting import wait_for
 
 from daemonsteps import (DAEMON, connected_line, forgive_deaths, start_beside_runtime,
                          wait_until_connected)
-from launches import (SDK_LEVELS, WEATHER, launched_packages, looks, start_with_weather,
-                      started_intents)
+from launches import (ADDRESSES, EVERY_LEVEL, WEATHER, check_level_complaints, launched_packages,
+                      looks, start_with_weather, started_intents)
+from parcels import ADD_LAUNCHER, launcher
 from texts import ENGLISH
 
 MAIN = "android.intent.action.MAIN"
@@ -20,12 +21,27 @@ SETTINGS = "com.android.settings"
 NEW_TASK_ON_HOME = 0x10004000
 NEW_CLEAR_TASK = 0x10008000
 
-EVERY_LEVEL = [pytest.param(sdk, marks=pytest.mark.phone(sdk=sdk)) for sdk in SDK_LEVELS]
-
 
 def launch(phone, action="", data="", kind="", package="", activity="", category="", extras=None):
     phone.bramd.call("launchIntent", "ssssssa{sv}", action, data, kind, package, activity, category,
                      extras or {})
+
+
+def start_launch(phone, action, package=""):
+    """Like launch() of a package's main activity, but does not wait for the reply."""
+    return phone.bramd.start_call("launchIntent", "ssssssa{sv}", action, "", "", package,
+                                  f"{package}.Main", "", {})
+
+
+def carried_out(phone):
+    """The action of every start, and the names of the other calls that launches make, in order."""
+    found = []
+    for record in phone.runtime.transactions():
+        if record.get("method") == "startActivity":
+            found.append(record["decoded"]["intent"]["action"])
+        elif record.get("method") in ("hasWindow", "launchPackage"):
+            found.append(record["method"])
+    return found
 
 
 def starting_notice(name):
@@ -67,6 +83,16 @@ def test_launches_wait_for_a_stopped_runtime_in_order(phone):
                                 DAEMON)
 
 
+def test_an_apps_name_is_shown_as_the_app_spells_it(phone):
+    start_beside_runtime(phone)
+    package = "org.example.quiz"
+    phone.runtime.call_launcher(ADD_LAUNCHER, launcher(package, f"{package}.Main", "<b>Q&A</b> %1"))
+    phone.stop_runtime()
+    forgive_deaths(phone)
+    phone.bramd.call("launchApp", "s", package)
+    assert phone.notifications.wait_for_notice()["body"] == starting_notice("<b>Q&A</b> %1")
+
+
 @pytest.mark.parametrize("late", ["umbra", "package"])
 def test_no_launch_is_stranded_by_the_service_that_comes_last(phone, late):
     phone.start_daemon()
@@ -103,6 +129,7 @@ def test_empty_arguments_start_a_main_intent_without_a_window_wait(phone, sdk):
     assert not looks(phone)
     phone.daemon.log.expect('Launching intent "" "" "" "" ""', "debug", DAEMON)
     phone.daemon.log.expect(f'Launching  "{MAIN}" ""', "debug", DAEMON)
+    check_level_complaints(phone, 1)
 
 
 def test_a_class_without_a_package_is_ignored(phone):
@@ -124,15 +151,15 @@ def test_every_argument_reaches_the_runtime(phone, sdk):
         "package": WEATHER, "componentPackage": WEATHER, "componentClass": f"{WEATHER}.Main",
         "categories": ["android.intent.category.BROWSABLE"],
         "extras": {"text": "Grüße", "number": -5, "yes": True}}]
+    check_level_complaints(phone, 1)
 
 
-def test_a_host_path_becomes_the_runtimes(phone):
+def test_host_paths_become_the_runtimes_addresses(phone):
     start_beside_runtime(phone)
-    launch(phone, VIEW, f"/home/{USER}/Downloads/letter.pdf", "application/pdf")
-    intent = started_intents(phone)[0]
-    assert intent["data"].endswith("/Downloads/letter.pdf")
-    assert intent["data"].startswith("file:///storage/")
-    assert USER not in intent["data"]
+    for path in ADDRESSES:
+        launch(phone, VIEW, path, "application/octet-stream")
+    assert {path: intent["data"] for path, intent in zip(ADDRESSES, started_intents(phone))
+            } == ADDRESSES
 
 
 def test_one_look_is_enough_for_a_window_that_is_there(phone):
@@ -150,6 +177,22 @@ def test_a_window_is_found_at_the_fourth_look(phone):
     assert phone.daemon.log.count(not_found(WEATHER)) == 3
 
 
+def test_calls_during_a_window_wait_are_served_after_it_in_order(phone):
+    start_with_weather(phone)
+    phone.runtime.fault("SurfaceFlinger", "short", value=0, count=9)
+    first = start_launch(phone, "org.example.FIRST", WEATHER)
+    wait_for(lambda: looks(phone), "the first look")
+    second = start_launch(phone, "org.example.SECOND", WEATHER)
+    app = phone.bramd.start_call("launchApp", "s", WEATHER)
+    third = start_launch(phone, "org.example.THIRD")
+    assert phone.system_bus.has_owner(SERVICE)  # the bus has passed on what was sent before
+    assert len(looks(phone)) < 10
+    wait_for(lambda: all((first, second, app, third)), "four replies", 30)
+    assert carried_out(phone) == [
+        "org.example.FIRST", *["hasWindow"] * 10, "org.example.SECOND", "hasWindow",
+        "launchPackage", "org.example.THIRD"]
+
+
 @pytest.mark.parametrize("sdk", EVERY_LEVEL)
 def test_app_settings_open_and_ten_looks_are_the_most(phone, sdk):
     del sdk
@@ -161,6 +204,7 @@ def test_app_settings_open_and_ten_looks_are_the_most(phone, sdk):
         "data": f"package:{WEATHER}", "flags": NEW_CLEAR_TASK}]
     assert looks(phone) == [SETTINGS] * 10
     assert phone.daemon.log.count(not_found(SETTINGS)) == 10
+    check_level_complaints(phone, 1)
 
 
 def test_the_licenses_open_even_without_a_compositor(phone):

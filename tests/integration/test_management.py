@@ -9,16 +9,14 @@ from phone.waiting import wait_for
 
 from daemonsteps import BINDER, DAEMON, start_beside_runtime
 from hostfiles import APKS, APPLICATIONS, download, entries
-from launches import SDK_LEVELS, WEATHER, start_with_weather
+from launches import EVERY_LEVEL, WEATHER, check_level_complaints, start_with_weather
 
-EVERY_LEVEL = [pytest.param(sdk, marks=pytest.mark.phone(sdk=sdk)) for sdk in SDK_LEVELS]
-
-FORCE_STOP = {27: 72, 28: 77, 29: 68}
-QUERY_STATS = {27: 6, 28: 7, 29: 7}
-IS_WHITELISTED = {27: 13, 28: 16, 29: 16}
+FORCE_STOP = {27: 72, 28: 77, 29: 68, 30: 68}
+QUERY_STATS = {27: 6, 28: 7, 29: 7, 30: 7}
+IS_WHITELISTED = {27: 13, 28: 16, 29: 16, 30: 16}
 ADD_TO_WHITELIST, REMOVE_FROM_WHITELIST = 1, 2
-CLEAR_CACHE = {27: 100, 28: 100, 29: 103}
-CLEAR_DATA = {27: 101, 28: 101, 29: 104}
+CLEAR_CACHE = {27: 100, 28: 100, 29: 103, 30: 103}
+CLEAR_DATA = {27: 101, 28: 101, 29: 104, 30: 104}
 
 APP_DATA = DATA_ROOT / "data/data" / WEATHER
 UNKNOWN_USAGE = "Could not determine android app data usage"
@@ -73,6 +71,7 @@ def test_an_apps_size_is_told_with_its_cache_apart(phone, sdk):
     assert "problem" not in request
     assert request["decoded"]["packageName"] == WEATHER
     assert request["decoded"]["userId"] == 0
+    check_level_complaints(phone, 2)
 
 
 def test_nothing_is_known_while_the_runtime_is_stopped(phone, bramd):
@@ -134,6 +133,7 @@ def test_only_changes_of_the_start_at_boot_are_signalled(phone, sdk):
     assert received == [code for change in (REMOVE_FROM_WHITELIST, ADD_TO_WHITELIST,
                                             ADD_TO_WHITELIST, REMOVE_FROM_WHITELIST)
                         for code in (asked, change, asked, asked)]
+    check_level_complaints(phone, received.count(asked))
 
 
 def test_a_change_that_the_runtime_does_not_make_is_not_signalled(phone):
@@ -156,6 +156,7 @@ def test_an_app_is_stopped_and_its_end_is_signalled(phone, sdk):
     assert closed == [(WEATHER,)]
     assert only_request(phone, "activity", FORCE_STOP)["packageName"] == WEATHER
     assert phone.runtime.control("state")["running"] == []
+    check_level_complaints(phone, 1)
 
 
 def test_the_end_of_an_app_that_its_user_closes_is_signalled(phone):
@@ -181,6 +182,7 @@ def test_cache_and_data_are_cleared(phone, sdk):
     for codes in (CLEAR_CACHE, CLEAR_DATA):
         request = only_request(phone, "package", codes)
         assert (request["packageName"], request["userId"]) == (WEATHER, 0)
+    check_level_complaints(phone, 2)
 
 
 @pytest.mark.phone(services=("notifications", "homescreen"))

@@ -10,7 +10,8 @@ from gi.repository import GLib
 from phone.namespace import USER
 
 from daemonsteps import DAEMON, start_beside_runtime
-from launches import SDK_LEVELS, WEATHER, looks, start_with_weather, started_intents
+from launches import (ADDRESSES, EVERY_LEVEL, WEATHER, check_level_complaints, looks,
+                      start_with_weather, started_intents)
 
 SEND = "android.intent.action.SEND"
 SEND_MULTIPLE = "android.intent.action.SEND_MULTIPLE"
@@ -21,8 +22,6 @@ STREAM = "android.intent.extra.STREAM"
 ACTIVITY = f"{WEATHER}.ShareActivity"
 TARGET = {"package": WEATHER, "componentPackage": WEATHER, "componentClass": ACTIVITY}
 FIRST, SECOND = (f"/home/{USER}/Pictures/{name}.jpg" for name in ("first", "second"))
-
-EVERY_LEVEL = [pytest.param(sdk, marks=pytest.mark.phone(sdk=sdk)) for sdk in SDK_LEVELS]
 
 
 def share(phone, mime_type, resources, method_id=f"{WEATHER}/{ACTIVITY}", **more):
@@ -62,6 +61,7 @@ def test_one_file_is_sent(phone, sdk):
         {"action": SEND, "type": "image/jpeg", "extras": {STREAM: url}, **TARGET}]
     assert is_mapped(url, "first")
     assert looks(phone) == [WEATHER]
+    check_level_complaints(phone, 1)
 
 
 @pytest.mark.parametrize("sdk", EVERY_LEVEL)
@@ -75,6 +75,16 @@ def test_two_files_are_sent_in_order(phone, sdk):
     assert len(urls) == 2
     assert is_mapped(urls[0], "second")
     assert is_mapped(urls[1], "first")
+    check_level_complaints(phone, 1)
+
+
+def test_files_are_shared_by_the_runtimes_addresses(phone):
+    start_beside_runtime(phone)
+    for path, address in ADDRESSES.items():
+        share(phone, "image/jpeg", files(path))
+        assert (path, stream_of(phone)) == (path, address)
+    share(phone, "image/jpeg", files(*ADDRESSES))
+    assert stream_of(phone) == list(ADDRESSES.values())
 
 
 def test_text_is_sent_only_with_a_subject(phone):

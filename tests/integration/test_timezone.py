@@ -25,7 +25,7 @@ def wait_for_zones(phone, *expected):
 
 @pytest.mark.parametrize("sdk", [
     pytest.param(sdk, marks=pytest.mark.phone(sdk=sdk, services=("notifications", "timedate")))
-    for sdk in (27, 28, 29)])
+    for sdk in (27, 28, 29, 30)])
 def test_the_hosts_zone_is_told_at_once(phone, sdk):
     del sdk
     phone.start_runtime()
