@@ -14,6 +14,7 @@ class TestNotices : public TestCase
 private Q_SLOTS:
     void initTestCase();
     void a_text_is_a_body_without_title_and_application();
+    void a_text_is_sent_without_escaping();
     void a_warning_has_a_lock_and_is_urgent();
     void a_result_has_the_application_and_its_icons();
     void a_result_may_have_a_body();
@@ -54,6 +55,13 @@ void TestNotices::a_text_is_a_body_without_title_and_application()
     QCOMPARE(hints(arguments),
              QVariantMap({{QStringLiteral("transient"), true},
                           {QStringLiteral("image-path"), QStringLiteral("icon-s-android")}}));
+}
+
+void TestNotices::a_text_is_sent_without_escaping()
+{
+    const QString text = QStringLiteral("<b>Q&A</b> &amp; <a href=\"x\">more</a>");
+
+    QCOMPARE(published(Notices::text(text, false)).value(4), QVariant(text));
 }
 
 void TestNotices::a_warning_has_a_lock_and_is_urgent()

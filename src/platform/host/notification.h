@@ -24,6 +24,9 @@ public:
     void setTransient(bool transient) { m_transient = transient; }
     void setUrgency(Urgency urgency) { m_urgency = urgency; }
     void setPreviewSummary(const QString &summary) { m_summary = summary; }
+    /// Sent as it is, although some services read markup in bodies and apps choose the names and
+    /// messages in them: escaped, an "&" would be shown as "&amp;" by all other services, and
+    /// which kind is there could only be asked, for which no notice waits.
     void setPreviewBody(const QString &body) { m_body = body; }
 
     /// Shows the notice. Does not wait for the service; when it cannot be reached the notice is
