@@ -1,9 +1,7 @@
 #include "binder/intentcodec.h"
-#include "fakes/fakebinder.h"
-#include "fakes/runtimehost.h"
 #include "runtime/runtimelevel.h"
+#include "runtime/runtimetest.h"
 #include "runtime/umbraactivitymanager.h"
-#include "support/testcase.h"
 
 #include <QtTest>
 
@@ -39,16 +37,18 @@ QByteArray identifier(const char *hex)
 
 } // namespace
 
-class UmbraActivityManagerTest : public TestCase
+class UmbraActivityManagerTest : public RuntimeClientTest<UmbraActivityManager>
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void initTestCase();
-    void init();
-    void cleanup();
+public:
+    UmbraActivityManagerTest()
+        : RuntimeClientTest("activity")
+    {
+    }
 
-    void isForTheActivityService();
+private Q_SLOTS:
+    void isConnectedToTheActivityService();
     void startsActivities();
     void startsActivitiesWithoutAType();
     void sendsEmptyTypesAsTheyStand();
@@ -59,39 +59,12 @@ private Q_SLOTS:
     void survivesARuntimeThatDiesMeanwhile();
 
 private:
-    RuntimeHost m_host;
-    FakeBinder *m_binder = nullptr;
-    std::shared_ptr<FakeObject> m_service;
-    std::unique_ptr<UmbraActivityManager> m_manager;
 };
 
-void UmbraActivityManagerTest::initTestCase()
+void UmbraActivityManagerTest::isConnectedToTheActivityService()
 {
-    QVERIFY(m_host.start());
-    m_binder = new FakeBinder; // never destroyed, like the process's connections
-    m_binder->setSdkLevel(sdk());
-}
-
-void UmbraActivityManagerTest::init()
-{
-    TestCase::init();
-    m_service = m_binder->addService("activity");
-    m_manager = std::make_unique<UmbraActivityManager>();
-    QVERIFY(m_host.setUnitState(QStringLiteral("active")));
-    QVERIFY(m_manager->isConnected()); // without being asked to: it is persistent
-}
-
-void UmbraActivityManagerTest::cleanup()
-{
-    m_manager.reset();
-    QVERIFY(m_host.setUnitState(QStringLiteral("deactivating")));
-    QVERIFY(m_host.setUnitState(QStringLiteral("inactive")));
-    TestCase::cleanup();
-}
-
-void UmbraActivityManagerTest::isForTheActivityService()
-{
-    QCOMPARE(m_manager->name(), "activity");
+    QCOMPARE(m_client->name(), "activity");
+    QVERIFY(m_client->isConnected()); // without being asked to: it is persistent
 }
 
 void UmbraActivityManagerTest::startsActivities()
@@ -105,7 +78,7 @@ void UmbraActivityManagerTest::startsActivities()
     intent.componentPackage = Package;
     intent.componentClass = QStringLiteral("C");
 
-    m_manager->startActivity(intent);
+    m_client->startActivity(intent);
 
     QCOMPARE(takeLog(QtCriticalMsg, Category), levelLines());
     const auto calls = m_service->takeTransactions();
@@ -144,7 +117,7 @@ void UmbraActivityManagerTest::startsActivities()
 
 void UmbraActivityManagerTest::startsActivitiesWithoutAType()
 {
-    m_manager->startActivity(Intent());
+    m_client->startActivity(Intent());
 
     QCOMPARE(takeLog(QtCriticalMsg, Category), levelLines());
     QCOMPARE(m_service->takeTransactions().front().data,
@@ -168,7 +141,7 @@ void UmbraActivityManagerTest::sendsEmptyTypesAsTheyStand()
     Intent intent;
     intent.type = QStringLiteral("");
 
-    m_manager->startActivity(intent);
+    m_client->startActivity(intent);
 
     takeLog(QtCriticalMsg, Category);
     QVERIFY(m_service->takeTransactions().front().data.endsWith(
@@ -177,7 +150,7 @@ void UmbraActivityManagerTest::sendsEmptyTypesAsTheyStand()
 
 void UmbraActivityManagerTest::forceStopsPackages()
 {
-    m_manager->forceStopPackage(Package);
+    m_client->forceStopPackage(Package);
 
     QCOMPARE(takeLog(QtCriticalMsg, Category), levelLines());
     const auto calls = m_service->takeTransactions();
@@ -207,8 +180,8 @@ void UmbraActivityManagerTest::takesAnyAnswer()
         return status == 0 ? FakeReply::data(FakeParcel(answer)) : FakeReply::statusCode(status);
     });
 
-    m_manager->startActivity(Intent());
-    m_manager->forceStopPackage(Package);
+    m_client->startActivity(Intent());
+    m_client->forceStopPackage(Package);
 
     QCOMPARE(takeLog(QtCriticalMsg, Category), levelLines() + levelLines());
     QCOMPARE(m_service->takeTransactions().size(), std::size_t(2));
@@ -219,8 +192,8 @@ void UmbraActivityManagerTest::sendsNothingWithoutAConnection()
     QVERIFY(m_host.setUnitState(QStringLiteral("deactivating")));
     const std::size_t before = m_service->transactions().size();
 
-    m_manager->startActivity(Intent());
-    m_manager->forceStopPackage(Package);
+    m_client->startActivity(Intent());
+    m_client->forceStopPackage(Package);
 
     QCOMPARE(m_service->transactions().size(), before);
     QCOMPARE(takeLog(QtCriticalMsg), QStringList());
@@ -232,14 +205,14 @@ void UmbraActivityManagerTest::survivesARuntimeThatDiesMeanwhile()
     const auto after = std::make_shared<FakeObject>();
     m_binder->setService("activity", after);
 
-    QSignalSpy changed(m_manager.get(), &UmbraBinderConnection::connectionChanged);
-    m_manager->forceStopPackage(Package);
+    QSignalSpy changed(m_client.get(), &UmbraBinderConnection::connectionChanged);
+    m_client->forceStopPackage(Package);
     QCOMPARE(takeLog(QtCriticalMsg, Category), levelLines());
     m_binder->kill(m_service);
     QTRY_COMPARE(changed.count(), 2);
     QCOMPARE(takeLog(QtWarningMsg, Category).size(), 1);
 
-    m_manager->forceStopPackage(Package);
+    m_client->forceStopPackage(Package);
     QCOMPARE(takeLog(QtCriticalMsg, Category), levelLines());
     QCOMPARE(after->takeTransactions().size(), std::size_t(1));
 }

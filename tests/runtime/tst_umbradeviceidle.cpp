@@ -1,8 +1,6 @@
-#include "fakes/fakebinder.h"
-#include "fakes/runtimehost.h"
 #include "runtime/runtimelevel.h"
+#include "runtime/runtimetest.h"
 #include "runtime/umbradeviceidle.h"
-#include "support/testcase.h"
 
 #include <QtTest>
 
@@ -24,15 +22,17 @@ QByteArray requestBytes()
 
 } // namespace
 
-class UmbraDeviceIdleTest : public TestCase
+class UmbraDeviceIdleTest : public RuntimeClientTest<UmbraDeviceIdle>
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void initTestCase();
-    void init();
-    void cleanup();
+public:
+    UmbraDeviceIdleTest()
+        : RuntimeClientTest("deviceidle")
+    {
+    }
 
+private Q_SLOTS:
     void isConnectedOnDemand();
     void addsAndRemoves_data();
     void addsAndRemoves();
@@ -48,43 +48,16 @@ private Q_SLOTS:
     void sendsNothingWithoutAConnection();
 
 private:
-    RuntimeHost m_host;
-    FakeBinder *m_binder = nullptr;
-    std::shared_ptr<FakeObject> m_service;
-    std::unique_ptr<UmbraDeviceIdle> m_idle;
 };
-
-void UmbraDeviceIdleTest::initTestCase()
-{
-    QVERIFY(m_host.start());
-    m_binder = new FakeBinder; // never destroyed, like the process's connections
-    m_binder->setSdkLevel(sdk());
-}
-
-void UmbraDeviceIdleTest::init()
-{
-    TestCase::init();
-    m_service = m_binder->addService("deviceidle");
-    m_idle = std::make_unique<UmbraDeviceIdle>();
-    QVERIFY(m_host.setUnitState(QStringLiteral("active")));
-}
-
-void UmbraDeviceIdleTest::cleanup()
-{
-    m_idle.reset();
-    QVERIFY(m_host.setUnitState(QStringLiteral("deactivating")));
-    QVERIFY(m_host.setUnitState(QStringLiteral("inactive")));
-    TestCase::cleanup();
-}
 
 void UmbraDeviceIdleTest::isConnectedOnDemand()
 {
-    QCOMPARE(m_idle->name(), "deviceidle");
-    QVERIFY(!m_idle->isConnected());
+    QCOMPARE(m_client->name(), "deviceidle");
+    QVERIFY(!m_client->isConnected());
 
-    m_idle->setPowerSaveWhitelist(Package, true);
+    m_client->setPowerSaveWhitelist(Package, true);
 
-    QVERIFY(m_idle->isConnected());
+    QVERIFY(m_client->isConnected());
 }
 
 void UmbraDeviceIdleTest::addsAndRemoves_data()
@@ -100,7 +73,7 @@ void UmbraDeviceIdleTest::addsAndRemoves()
 {
     QFETCH(bool, whitelisted);
 
-    m_idle->setPowerSaveWhitelist(Package, whitelisted);
+    m_client->setPowerSaveWhitelist(Package, whitelisted);
 
     const auto calls = m_service->takeTransactions();
     QCOMPARE(calls.size(), std::size_t(1));
@@ -123,7 +96,7 @@ void UmbraDeviceIdleTest::saysThatASettingFailed()
     QFETCH(int, status);
     m_service->setReply(2, FakeReply::statusCode(status));
 
-    m_idle->setPowerSaveWhitelist(Package, false);
+    m_client->setPowerSaveWhitelist(Package, false);
 
     QCOMPARE(takeLog(QtCriticalMsg, Category), QStringList(SettingFailed));
 }
@@ -132,7 +105,7 @@ void UmbraDeviceIdleTest::takesAnyAnswerToASetting()
 {
     m_service->setReply(1, FakeReply::data(FakeParcel().int32(-1)));
 
-    m_idle->setPowerSaveWhitelist(Package, true);
+    m_client->setPowerSaveWhitelist(Package, true);
 
     QCOMPARE(takeLog(QtCriticalMsg), QStringList());
 }
@@ -141,7 +114,7 @@ void UmbraDeviceIdleTest::asksWhetherAPackageIsListed()
 {
     m_service->setReply(code(13, 16, 16, 16), FakeReply::data(FakeParcel().int32(0).int32(1)));
 
-    QVERIFY(m_idle->isPowerSaveWhitelisted(Package));
+    QVERIFY(m_client->isPowerSaveWhitelisted(Package));
 
     QCOMPARE(takeLog(QtCriticalMsg, Category), levelLines());
     const auto calls = m_service->takeTransactions();
@@ -166,7 +139,7 @@ void UmbraDeviceIdleTest::takesOnlyOneForTrue()
     QFETCH(QByteArray, answer);
     m_service->setReply(code(13, 16, 16, 16), FakeReply::data(FakeParcel(answer)));
 
-    QVERIFY(!m_idle->isPowerSaveWhitelisted(Package));
+    QVERIFY(!m_client->isPowerSaveWhitelisted(Package));
 
     QCOMPARE(takeLog(QtCriticalMsg), levelLines());
 }
@@ -190,7 +163,7 @@ void UmbraDeviceIdleTest::saysThatACheckFailed()
     m_service->setReply(code(13, 16, 16, 16), status == 0 ? FakeReply::data(FakeParcel(answer))
                                                           : FakeReply::statusCode(status));
 
-    QVERIFY(!m_idle->isPowerSaveWhitelisted(Package));
+    QVERIFY(!m_client->isPowerSaveWhitelisted(Package));
 
     QCOMPARE(takeLog(QtCriticalMsg), levelLines() + QStringList(CheckFailed));
 }
@@ -212,8 +185,8 @@ void UmbraDeviceIdleTest::sendsNothingWithoutAConnection()
     else
         QVERIFY(m_host.setUnitState(QStringLiteral("deactivating")));
 
-    m_idle->setPowerSaveWhitelist(Package, true);
-    QVERIFY(!m_idle->isPowerSaveWhitelisted(Package));
+    m_client->setPowerSaveWhitelist(Package, true);
+    QVERIFY(!m_client->isPowerSaveWhitelisted(Package));
 
     QCOMPARE(m_service->transactions().size(), std::size_t(0));
     QCOMPARE(takeLog(QtCriticalMsg), QStringList());

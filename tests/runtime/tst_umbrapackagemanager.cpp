@@ -1,61 +1,32 @@
 #include "config/daemonconfig.h"
-#include "fakes/fakebinder.h"
-#include "fakes/runtimehost.h"
+#include "runtime/runtimelevel.h"
+#include "runtime/runtimetest.h"
 #include "runtime/umbrapackagemanager.h"
 #include "runtime/umbraservicemonitor.h"
-#include "support/testcase.h"
 
 #include <QtTest>
 
-#include <limits>
 #include <utility>
+
+using RuntimeLevel::code;
+using RuntimeLevel::levelLines;
+using RuntimeLevel::sdk;
+using RuntimeLevel::token;
 
 namespace {
 
 const QString Category = QStringLiteral("com.corvo.bramd.binder");
-const QString InstallObserver = QStringLiteral("android.content.pm.IPackageInstallObserver2");
-const QString DeleteObserver = QStringLiteral("android.content.pm.IPackageDeleteObserver");
+constexpr char InstallObserver[] = "android.content.pm.IPackageInstallObserver2";
+constexpr char DeleteObserver[] = "android.content.pm.IPackageDeleteObserver";
 const QString Package = QStringLiteral("a.b");
 const QString Path = QStringLiteral("/data/a.apk");
 
 constexpr bool WithObserver = false;
 constexpr bool NoObserver = true;
 
-int sdk()
-{
-    return qEnvironmentVariableIntValue("TEST_SDK_LEVEL");
-}
-
-bool isSupported()
-{
-    return sdk() >= 27 && sdk() <= 29;
-}
-
-/// The code for the level under test: 27, 28, 29, any other.
-quint32 code(quint32 at27, quint32 at28, quint32 at29, quint32 other)
-{
-    switch (sdk()) {
-    case 27:
-        return at27;
-    case 28:
-        return at28;
-    case 29:
-        return at29;
-    default:
-        return other;
-    }
-}
-
-FakeParcel token(const QString &descriptor)
-{
-    if (sdk() < 29)
-        return FakeParcel().token(descriptor, {0x00400000});
-    return FakeParcel().token(descriptor, {std::numeric_limits<qint32>::min(), -1});
-}
-
 FakeParcel packageToken()
 {
-    return token(QStringLiteral("android.content.pm.IPackageManager"));
+    return token("android.content.pm.IPackageManager");
 }
 
 /// The bytes that refer to an object of the process under test; 0 for the null object.
@@ -71,15 +42,20 @@ QByteArray ownObject(quint64 id)
 
 } // namespace
 
-class UmbraPackageManagerTest : public TestCase
+class UmbraPackageManagerTest : public RuntimeClientTest<UmbraPackageManager>
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void initTestCase();
-    void init();
-    void cleanup();
+public:
+    UmbraPackageManagerTest()
+        : RuntimeClientTest("package")
+    {
+    }
 
+protected Q_SLOTS:
+    void init();
+
+private Q_SLOTS:
     void findsTheLevelUnderTest();
     void deletesPackages();
     void deletesPackagesWithoutAnObserver();
@@ -109,82 +85,63 @@ private Q_SLOTS:
     void hasObserversWhenMadeWhileTheRuntimeIsUp();
 
 private:
+    void setUp() override;
     /// The transactions that "package" got, after checking what was logged about the level.
     FakeTransaction onlyCall();
     quint64 installObserver();
     quint64 deleteObserver();
 
-    RuntimeHost m_host;
-    FakeBinder *m_binder = nullptr;
-    std::shared_ptr<FakeObject> m_package;
     std::shared_ptr<FakeObject> m_umbra;
-    std::unique_ptr<UmbraPackageManager> m_manager;
 };
 
-void UmbraPackageManagerTest::initTestCase()
+void UmbraPackageManagerTest::setUp()
 {
-    QVERIFY(m_host.start());
-    m_binder = new FakeBinder; // never destroyed, because the process's monitor keeps the file
-    m_binder->setSdkLevel(sdk());
+    RuntimeClientTest::setUp();
+    m_umbra = m_binder->addService("umbra");
+    UmbraServiceMonitor::instance();
 }
 
 void UmbraPackageManagerTest::init()
 {
-    TestCase::init();
-    m_package = m_binder->addService("package");
-    m_umbra = m_binder->addService("umbra");
-    UmbraServiceMonitor::instance();
-    m_manager = std::make_unique<UmbraPackageManager>();
-    QVERIFY(m_host.setUnitState(QStringLiteral("active")));
-    QVERIFY(m_manager->isConnected());
+    RuntimeClientTest::init();
+    QVERIFY(m_client->isConnected());
     QVERIFY(UmbraServiceMonitor::instance()->isConnected());
     m_umbra->takeTransactions(); // the monitor's listener
     takeLog(QtDebugMsg);
 }
 
-void UmbraPackageManagerTest::cleanup()
-{
-    m_manager.reset();
-    QVERIFY(m_host.setUnitState(QStringLiteral("deactivating")));
-    QVERIFY(m_host.setUnitState(QStringLiteral("inactive")));
-    TestCase::cleanup();
-}
-
 FakeTransaction UmbraPackageManagerTest::onlyCall()
 {
-    const QStringList expected =
-        isSupported() ? QStringList()
-                      : QStringList(QStringLiteral("Unsupported android SDK version!"));
     const QStringList logged = takeLog(QtCriticalMsg, Category);
-    const auto calls = m_package->takeTransactions();
-    if (logged != expected || calls.size() != 1 || calls.front().isOneWay())
+    const auto calls = m_service->takeTransactions();
+    if (logged != levelLines() || calls.size() != 1 || calls.front().isOneWay())
         return FakeTransaction();
     return calls.front();
 }
 
 quint64 UmbraPackageManagerTest::installObserver()
 {
-    m_manager->installPackage(Path, WithObserver);
-    const auto calls = sdk() == 27 ? m_package->takeTransactions() : m_umbra->takeTransactions();
+    m_client->installPackage(Path, WithObserver);
+    const auto calls = sdk() == 27 ? m_service->takeTransactions() : m_umbra->takeTransactions();
     return calls.back().sentObjects().front();
 }
 
 quint64 UmbraPackageManagerTest::deleteObserver()
 {
-    m_manager->deletePackage(Package, WithObserver);
+    m_client->deletePackage(Package, WithObserver);
     takeLog(QtCriticalMsg, Category);
-    return m_package->takeTransactions().back().sentObjects().front();
+    return m_service->takeTransactions().back().sentObjects().front();
 }
 
 void UmbraPackageManagerTest::findsTheLevelUnderTest()
 {
     QCOMPARE(DaemonConfig::androidSdkVersion(), sdk());
-    QCOMPARE(m_manager->name(), "package");
+    QCOMPARE(m_client->name(), "package");
 }
 
 void UmbraPackageManagerTest::deletesPackages()
 {
-    m_manager->deletePackage(Package, WithObserver);
+    m_client->deletePackage(Package, WithObserver);
 
     const FakeTransaction call = onlyCall();
     QCOMPARE(call.code, code(64, 63, 66, 66));
@@ -200,7 +157,7 @@ void UmbraPackageManagerTest::deletesPackages()
 
 void UmbraPackageManagerTest::deletesPackagesWithoutAnObserver()
 {
-    m_manager->deletePackage(Package, NoObserver);
+    m_client->deletePackage(Package, NoObserver);
 
     const FakeTransaction call = onlyCall();
     QCOMPARE(call.code, code(64, 63, 66, 66));
@@ -210,7 +167,7 @@ void UmbraPackageManagerTest::deletesPackagesWithoutAnObserver()
 
 void UmbraPackageManagerTest::deletesCacheFiles()
 {
-    m_manager->deleteApplicationCacheFiles(Package);
+    m_client->deleteApplicationCacheFiles(Package);
 
     const FakeTransaction call = onlyCall();
     QCOMPARE(call.code, code(100, 100, 103, 103));
@@ -219,7 +176,7 @@ void UmbraPackageManagerTest::deletesCacheFiles()
 
 void UmbraPackageManagerTest::clearsUserData()
 {
-    m_manager->clearApplicationUserData(Package);
+    m_client->clearApplicationUserData(Package);
 
     const FakeTransaction call = onlyCall();
     QCOMPARE(call.code, code(101, 101, 104, 104));
@@ -241,27 +198,27 @@ void UmbraPackageManagerTest::looksUpUids_data()
 void UmbraPackageManagerTest::looksUpUids()
 {
     QFETCH(QByteArray, answer);
-    m_package->setReply(5, FakeReply::data(FakeParcel(answer)));
+    m_service->setReply(5, FakeReply::data(FakeParcel(answer)));
 
-    QTEST(m_manager->getPackageUid(Package, 0x40), "uid");
+    QTEST(m_client->getPackageUid(Package, 0x40), "uid");
 
-    const auto calls = m_package->takeTransactions();
+    const auto calls = m_service->takeTransactions();
     QCOMPARE(calls.size(), std::size_t(1));
     QCOMPARE(calls.front().data, packageToken().string16(Package).int32(0x40).int32(0).data());
 }
 
 void UmbraPackageManagerTest::findsNoUidInARefusal()
 {
-    m_package->setReply(5, FakeReply::statusCode(-74));
+    m_service->setReply(5, FakeReply::statusCode(-74));
 
-    QCOMPARE(m_manager->getPackageUid(Package, 0), -1);
+    QCOMPARE(m_client->getPackageUid(Package, 0), -1);
 }
 
 void UmbraPackageManagerTest::installsByTheRouteOfTheLevel()
 {
-    m_manager->installPackage(Path, WithObserver);
+    m_client->installPackage(Path, WithObserver);
 
-    const auto direct = m_package->takeTransactions();
+    const auto direct = m_service->takeTransactions();
     const auto byService = m_umbra->takeTransactions();
     if (sdk() == 27) {
         QCOMPARE(byService.size(), std::size_t(0));
@@ -282,7 +239,7 @@ void UmbraPackageManagerTest::installsByTheRouteOfTheLevel()
         QCOMPARE(byService.front().code, 2U);
         QCOMPARE(byService.front().sentObjects().size(), std::size_t(1));
         QCOMPARE(byService.front().data,
-                 token(QStringLiteral("umbra.applications.IUmbraService"))
+                 token("umbra.applications.IUmbraService")
                      .string16(Path)
                      .raw(ownObject(byService.front().sentObjects().front()))
                      .data());
@@ -291,10 +248,10 @@ void UmbraPackageManagerTest::installsByTheRouteOfTheLevel()
 
 void UmbraPackageManagerTest::installsWithoutAnObserver()
 {
-    m_manager->installPackage(Path, NoObserver);
+    m_client->installPackage(Path, NoObserver);
 
     if (sdk() == 27) {
-        QCOMPARE(m_package->takeTransactions().front().data, packageToken()
+        QCOMPARE(m_service->takeTransactions().front().data, packageToken()
                                                                  .string16(Path)
                                                                  .raw(ownObject(0))
                                                                  .int32(66)
@@ -303,10 +260,7 @@ void UmbraPackageManagerTest::installsWithoutAnObserver()
                                                                  .data());
     } else {
         QCOMPARE(m_umbra->takeTransactions().front().data,
-                 token(QStringLiteral("umbra.applications.IUmbraService"))
-                     .string16(Path)
-                     .raw(ownObject(0))
-                     .data());
+                 token("umbra.applications.IUmbraService").string16(Path).raw(ownObject(0)).data());
     }
 }
 
@@ -314,13 +268,13 @@ void UmbraPackageManagerTest::sendsNothingWithoutAConnection()
 {
     QVERIFY(m_host.setUnitState(QStringLiteral("deactivating")));
 
-    m_manager->installPackage(Path, WithObserver);
-    m_manager->deletePackage(Package, WithObserver);
-    m_manager->deleteApplicationCacheFiles(Package);
-    m_manager->clearApplicationUserData(Package);
-    QCOMPARE(m_manager->getPackageUid(Package, 0), -1);
+    m_client->installPackage(Path, WithObserver);
+    m_client->deletePackage(Package, WithObserver);
+    m_client->deleteApplicationCacheFiles(Package);
+    m_client->clearApplicationUserData(Package);
+    QCOMPARE(m_client->getPackageUid(Package, 0), -1);
 
-    QCOMPARE(m_package->transactions().size(), std::size_t(0));
+    QCOMPARE(m_service->transactions().size(), std::size_t(0));
     QCOMPARE(m_umbra->transactions().size(), std::size_t(0));
     QCOMPARE(takeLog(QtCriticalMsg), QStringList());
 }
@@ -328,11 +282,11 @@ void UmbraPackageManagerTest::sendsNothingWithoutAConnection()
 void UmbraPackageManagerTest::installsNothingWithoutAConnectionOfItsOwn()
 {
     m_binder->removeService("package");
-    m_binder->kill(m_package);
-    QTRY_VERIFY(!m_manager->isConnected());
+    m_binder->kill(m_service);
+    QTRY_VERIFY(!m_client->isConnected());
     QCOMPARE(takeLog(QtWarningMsg, Category).size(), 1);
 
-    m_manager->installPackage(Path, WithObserver);
+    m_client->installPackage(Path, WithObserver);
 
     QCOMPARE(m_umbra->transactions().size(), std::size_t(0));
 }
@@ -367,7 +321,7 @@ void UmbraPackageManagerTest::reportsInstallResults()
     QFETCH(QString, msg);
     QFETCH(bool, success);
     QFETCH(QString, text);
-    QSignalSpy results(m_manager.get(), &UmbraPackageManager::installationResultReceived);
+    QSignalSpy results(m_client.get(), &UmbraPackageManager::installationResultReceived);
 
     const FakeParcel extras =
         FakeParcel().int32(1).raw(QByteArray::fromHex("04000000424e444c00000000"));
@@ -386,7 +340,7 @@ void UmbraPackageManagerTest::reportsInstallResults()
 
 void UmbraPackageManagerTest::reportsThatTheUserWouldHaveToAct()
 {
-    QSignalSpy results(m_manager.get(), &UmbraPackageManager::installationResultReceived);
+    QSignalSpy results(m_client.get(), &UmbraPackageManager::installationResultReceived);
 
     m_binder->call(installObserver(), 1, token(InstallObserver), Binder::FlagOneWay);
 
@@ -410,7 +364,7 @@ void UmbraPackageManagerTest::reportsDeleteResults()
 {
     QFETCH(int, returnCode);
     QFETCH(bool, success);
-    QSignalSpy results(m_manager.get(), &UmbraPackageManager::uninstallationResultReceived);
+    QSignalSpy results(m_client.get(), &UmbraPackageManager::uninstallationResultReceived);
 
     m_binder->call(deleteObserver(), 1, token(DeleteObserver).string16(Package).int32(returnCode),
                    Binder::FlagOneWay);
@@ -431,22 +385,22 @@ void UmbraPackageManagerTest::sendsNoReplyData()
 
 void UmbraPackageManagerTest::warnsOfUnknownCalls_data()
 {
-    QTest::addColumn<QString>("interface");
+    QTest::addColumn<QByteArray>("interface");
     QTest::addColumn<uint>("code");
 
-    QTest::newRow("install observer") << InstallObserver << 3U;
-    QTest::newRow("delete observer") << DeleteObserver << 3U;
-    QTest::newRow("delete observer, a code of the other one") << DeleteObserver << 2U;
-    QTest::newRow("above the signed numbers") << InstallObserver << 4000000000U;
+    QTest::newRow("install observer") << QByteArray(InstallObserver) << 3U;
+    QTest::newRow("delete observer") << QByteArray(DeleteObserver) << 3U;
+    QTest::newRow("delete observer, a code of the other one") << QByteArray(DeleteObserver) << 2U;
+    QTest::newRow("above the signed numbers") << QByteArray(InstallObserver) << 4000000000U;
 }
 
 void UmbraPackageManagerTest::warnsOfUnknownCalls()
 {
-    QFETCH(QString, interface);
+    QFETCH(QByteArray, interface);
     QFETCH(uint, code);
     const quint64 observer = interface == InstallObserver ? installObserver() : deleteObserver();
 
-    const auto answer = m_binder->call(observer, code, token(interface));
+    const auto answer = m_binder->call(observer, code, token(interface.constData()));
 
     QTRY_COMPARE(answer->count, 1);
     QCOMPARE(takeLog(QtWarningMsg, Category),
@@ -455,9 +409,9 @@ void UmbraPackageManagerTest::warnsOfUnknownCalls()
 
 void UmbraPackageManagerTest::ignoresCallsForOtherInterfaces()
 {
-    QSignalSpy results(m_manager.get(), &UmbraPackageManager::installationResultReceived);
+    QSignalSpy results(m_client.get(), &UmbraPackageManager::installationResultReceived);
 
-    const auto answer = m_binder->call(installObserver(), 1, token(QStringLiteral("test.IOther")));
+    const auto answer = m_binder->call(installObserver(), 1, token("test.IOther"));
 
     QTRY_COMPARE(answer->count, 1);
     QCOMPARE(results.count(), 0);
@@ -465,7 +419,7 @@ void UmbraPackageManagerTest::ignoresCallsForOtherInterfaces()
 
 void UmbraPackageManagerTest::notesCallsWithoutInterface()
 {
-    QSignalSpy results(m_manager.get(), &UmbraPackageManager::installationResultReceived);
+    QSignalSpy results(m_client.get(), &UmbraPackageManager::installationResultReceived);
 
     const auto answer = m_binder->call(installObserver(), 1, FakeParcel());
 
@@ -508,7 +462,7 @@ void UmbraPackageManagerTest::survivesShortAndHostileResults()
     QFETCH(QByteArray, fields);
     QFETCH(QVariantList, result);
     QFETCH(QString, critical);
-    QSignalSpy results(m_manager.get(), &UmbraPackageManager::installationResultReceived);
+    QSignalSpy results(m_client.get(), &UmbraPackageManager::installationResultReceived);
 
     m_binder->call(installObserver(), 2, token(InstallObserver).raw(fields), Binder::FlagOneWay);
 
@@ -521,8 +475,8 @@ void UmbraPackageManagerTest::hasNewObserversAfterAReconnection()
 {
     const quint64 install = installObserver();
     const quint64 remove = deleteObserver();
-    const auto before = std::exchange(m_package, m_binder->addService("package"));
-    QSignalSpy changed(m_manager.get(), &UmbraBinderConnection::connectionChanged);
+    const auto before = std::exchange(m_service, m_binder->addService("package"));
+    QSignalSpy changed(m_client.get(), &UmbraBinderConnection::connectionChanged);
 
     m_binder->kill(before);
     QTRY_COMPARE(changed.count(), 2);
@@ -540,7 +494,7 @@ void UmbraPackageManagerTest::hearsOldObserversWhenTheConnectionIsMadeAnew()
     const quint64 before = installObserver();
     QVERIFY(m_host.setUnitState(QStringLiteral("reloading")));
     QVERIFY(m_host.setUnitState(QStringLiteral("active")));
-    QSignalSpy results(m_manager.get(), &UmbraPackageManager::installationResultReceived);
+    QSignalSpy results(m_client.get(), &UmbraPackageManager::installationResultReceived);
     const quint64 after = installObserver();
     QVERIFY(after != before);
 
@@ -557,7 +511,7 @@ void UmbraPackageManagerTest::hasObserversWhenMadeWhileTheRuntimeIsUp()
     second.deletePackage(Package, WithObserver);
     takeLog(QtCriticalMsg, Category);
 
-    QCOMPARE(m_package->takeTransactions().back().sentObjects().size(), std::size_t(1));
+    QCOMPARE(m_service->takeTransactions().back().sentObjects().size(), std::size_t(1));
 }
 
 QTEST_GUILESS_MAIN(UmbraPackageManagerTest)

@@ -1,8 +1,6 @@
-#include "fakes/fakebinder.h"
-#include "fakes/runtimehost.h"
 #include "runtime/runtimelevel.h"
+#include "runtime/runtimetest.h"
 #include "runtime/umbrastoragestatsmanager.h"
-#include "support/testcase.h"
 
 #include <QtTest>
 
@@ -24,15 +22,17 @@ FakeParcel statsToken()
 
 } // namespace
 
-class UmbraStorageStatsManagerTest : public TestCase
+class UmbraStorageStatsManagerTest : public RuntimeClientTest<UmbraStorageStatsManager>
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void initTestCase();
-    void init();
-    void cleanup();
+public:
+    UmbraStorageStatsManagerTest()
+        : RuntimeClientTest("storagestats")
+    {
+    }
 
+private Q_SLOTS:
     void isConnectedOnDemand();
     void asksForAPackage();
     void asksForAVolumeAndAUser();
@@ -46,50 +46,22 @@ private Q_SLOTS:
 
 private:
     Figures query();
-
-    RuntimeHost m_host;
-    FakeBinder *m_binder = nullptr;
-    std::shared_ptr<FakeObject> m_service;
-    std::unique_ptr<UmbraStorageStatsManager> m_manager;
 };
-
-void UmbraStorageStatsManagerTest::initTestCase()
-{
-    QVERIFY(m_host.start());
-    m_binder = new FakeBinder; // never destroyed, like the process's connections
-    m_binder->setSdkLevel(sdk());
-}
-
-void UmbraStorageStatsManagerTest::init()
-{
-    TestCase::init();
-    m_service = m_binder->addService("storagestats");
-    m_manager = std::make_unique<UmbraStorageStatsManager>();
-    QVERIFY(m_host.setUnitState(QStringLiteral("active")));
-}
-
-void UmbraStorageStatsManagerTest::cleanup()
-{
-    m_manager.reset();
-    QVERIFY(m_host.setUnitState(QStringLiteral("deactivating")));
-    QVERIFY(m_host.setUnitState(QStringLiteral("inactive")));
-    TestCase::cleanup();
-}
 
 Figures UmbraStorageStatsManagerTest::query()
 {
-    const PackageStats stats = m_manager->queryStatsForPackage(Package, QString(), 0);
+    const PackageStats stats = m_client->queryStatsForPackage(Package, QString(), 0);
     return {stats.code, stats.data, stats.cache};
 }
 
 void UmbraStorageStatsManagerTest::isConnectedOnDemand()
 {
-    QCOMPARE(m_manager->name(), "storagestats");
-    QVERIFY(!m_manager->isConnected());
+    QCOMPARE(m_client->name(), "storagestats");
+    QVERIFY(!m_client->isConnected());
 
     query();
 
-    QVERIFY(m_manager->isConnected());
+    QVERIFY(m_client->isConnected());
     QCOMPARE(takeLog(QtCriticalMsg, Category), levelLines());
 }
 
@@ -108,7 +80,7 @@ void UmbraStorageStatsManagerTest::asksForAPackage()
 
 void UmbraStorageStatsManagerTest::asksForAVolumeAndAUser()
 {
-    m_manager->queryStatsForPackage(Package, QStringLiteral("u"), 10);
+    m_client->queryStatsForPackage(Package, QStringLiteral("u"), 10);
 
     takeLog(QtCriticalMsg, Category);
     QCOMPARE(
