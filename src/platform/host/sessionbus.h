@@ -23,8 +23,9 @@ public:
     };
     using Message = std::unique_ptr<sd_bus_message, Unref>;
 
-    /// How many calls may wait for a bus that does not take them.
-    static constexpr quint64 MaximumWaiting = 64;
+    /// How many calls may wait for a bus that does not take them. All calls of one round, such as
+    /// one for each app, wait while the connection is being made.
+    static constexpr quint64 MaximumWaiting = 1024;
 
     SessionBus();
     ~SessionBus();

@@ -1,20 +1,14 @@
 #pragma once
 
-#include <QDBusMessage>
-#include <QDBusVirtualObject>
-#include <QVector>
+#include "platform/host/messagekeeper.h"
 
 /// The host's notification service on a test's own bus: keeps what it is asked to show.
-class FakeNotifications : public QDBusVirtualObject
+class FakeNotifications : public MessageKeeper
 {
-    Q_OBJECT
-
 public:
-    explicit FakeNotifications(const QString &address);
-    ~FakeNotifications() override;
-
-    bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override;
-    QString introspect(const QString &path) const override;
-
-    QVector<QDBusMessage> messages;
+    explicit FakeNotifications(const QString &address)
+        : MessageKeeper(address, QStringLiteral("org.freedesktop.Notifications"),
+                        QStringLiteral("/org/freedesktop/Notifications"))
+    {
+    }
 };
