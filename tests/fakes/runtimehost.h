@@ -18,6 +18,7 @@ public:
     /// Changes the unit's state and waits until the ServiceController has heard of it.
     bool setUnitState(const QString &activeState);
 
+    QString busAddress() const { return m_bus.address(); }
     FakeSystemd &systemd() { return *m_systemd; }
 
 private:

@@ -4,6 +4,7 @@
 #include "platform/timed/settingsrelay.h"
 
 #include <QDBusConnection>
+#include <QDBusError>
 #include <QDBusMessage>
 #include <QDBusVariant>
 
@@ -24,8 +25,10 @@ QDBusReply<WallClock::Info> Interface::get_wall_clock_info()
     const QDBusReply<QDBusVariant> zone = answer;
     if (!zone.isValid())
         return zone.error();
-    const WallClock::Info info(zone.value().variant().toString());
-    return get.createReply(QVariant::fromValue(info));
+    const QVariant value = zone.value().variant();
+    if (value.type() != QVariant::String)
+        return QDBusError(QDBusError::InvalidSignature, QStringLiteral("The zone is no string"));
+    return get.createReply(QVariant::fromValue(WallClock::Info(value.toString())));
 }
 
 bool Interface::settings_changed_connect(QObject *receiver, const char *slot)

@@ -24,7 +24,8 @@ void SettingsRelay::onPropertiesChanged(const QString &interface, const QVariant
 {
     Q_UNUSED(invalidated)
     const auto zone = changed.constFind(timezoneProperty());
-    if (interface == interfaceName() && zone != changed.constEnd())
+    if (interface == interfaceName() && zone != changed.constEnd() &&
+        zone->type() == QVariant::String)
         Q_EMIT settingsChanged(WallClock::Info(zone->toString()), false);
 }
 
