@@ -5,12 +5,6 @@
 #include <QProcess>
 #include <QStringList>
 
-namespace {
-
-constexpr int timeoutMs = 30000;
-
-} // namespace
-
 std::optional<quint64> sizeFromDu(const QByteArray &output)
 {
     // from a C string: up to the first zero byte
@@ -20,7 +14,7 @@ std::optional<quint64> sizeFromDu(const QByteArray &output)
     return parts.first().toULongLong();
 }
 
-quint64 appDataUsage(const QString &directory)
+quint64 appDataUsage(const QString &directory, int timeoutMs)
 {
     QProcess du;
     du.setStandardInputFile(QProcess::nullDevice());
@@ -29,6 +23,10 @@ quint64 appDataUsage(const QString &directory)
     std::optional<quint64> size;
     if (du.waitForFinished(timeoutMs) && du.exitStatus() == QProcess::NormalExit)
         size = sizeFromDu(du.readAllStandardOutput());
+    if (du.state() != QProcess::NotRunning) {
+        du.kill();
+        du.waitForFinished();
+    }
     if (!size)
         qCWarning(daemonLog) << "Could not determine android app data usage";
     return size.value_or(0);

@@ -9,6 +9,8 @@
 /// none when there is no tab.
 std::optional<quint64> sizeFromDu(const QByteArray &output);
 
+constexpr int DuTimeoutMs = 30000;
+
 /// The disk use, in bytes, of a directory on its own file system, as "/usr/bin/du" counts it.
-/// Blocks for at most 30 seconds; 0, with one warning, when it cannot be told.
-quint64 appDataUsage(const QString &directory);
+/// Blocks for no longer than the time-out; 0, with one warning, when it cannot be told.
+quint64 appDataUsage(const QString &directory, int timeoutMs = DuTimeoutMs);
