@@ -18,6 +18,7 @@
 #include <QDBusMetaType>
 #include <QDir>
 #include <QFileInfo>
+#include <QThread>
 
 #include <cstdlib>
 
@@ -361,7 +362,7 @@ void BramDaemon::startIntents()
         qCDebug(daemonLog) << "Launching " << intent.action << intent.package;
         m_activityManager.startActivity(intent);
         if (!intent.package.isEmpty())
-            waitForWindow(intent.package);
+            waitForWindow(intent.package, QThread::msleep);
     });
 }
 

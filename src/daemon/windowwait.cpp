@@ -4,8 +4,6 @@
 #include "binder/umbrabindertransaction.h"
 #include "platform/host/logging.h"
 
-#include <QThread>
-
 #include <memory>
 
 namespace {
@@ -18,7 +16,8 @@ constexpr quint32 hasWindowOfPackage = 103;
 
 } // namespace
 
-void waitForWindow(const QString &packageName)
+void waitForWindow(const QString &packageName,
+                   const std::function<void(unsigned long milliseconds)> &sleep)
 {
     UmbraBinderConnection compositor("SurfaceFlinger", "android.ui.ISurfaceComposer", false);
     for (int look = 0; look < looks; ++look) {
@@ -30,6 +29,6 @@ void waitForWindow(const QString &packageName)
         if (transaction->execute() == 0 && transaction->reply().readBool())
             return;
         qCDebug(daemonLog) << "Window for" << packageName << "not yet found. Sleeping 500ms";
-        QThread::msleep(pauseMs);
+        sleep(pauseMs);
     }
 }
