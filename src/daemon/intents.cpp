@@ -1,6 +1,7 @@
 #include "daemon/intents.h"
 
 #include "config/daemonconfig.h"
+#include "platform/host/logging.h"
 
 namespace Intents {
 
@@ -23,6 +24,17 @@ Intent settingsPage(const QString &action)
 
 } // namespace
 
+QUrl runtimeUrl(const QString &location)
+{
+    QUrl url = DaemonConfig::toAndroidUrl(location);
+    if (!url.isValid()) {
+        // Unset: the runtime would be handed a URL that nothing can open.
+        qCWarning(daemonLog) << "Neither a path nor a URL, left out:" << location;
+        return QUrl();
+    }
+    return url;
+}
+
 Intent launch(const QString &action, const QString &data, const QString &type,
               const QString &packageName, const QString &className, const QString &category,
               const QVariantMap &extras)
@@ -33,7 +45,7 @@ Intent launch(const QString &action, const QString &data, const QString &type,
     if (intent.action == mainAction)
         intent.flags = NewTask | TaskOnHome;
     if (!data.isEmpty())
-        intent.data = DaemonConfig::toAndroidUrl(data);
+        intent.data = runtimeUrl(data);
     if (!type.isEmpty())
         intent.type = type;
     if (!packageName.isEmpty()) {
