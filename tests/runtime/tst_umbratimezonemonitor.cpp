@@ -31,6 +31,8 @@ private Q_SLOTS:
     void isConnectedToTheAlarmService();
     void tellsTheHostsZone_data();
     void tellsTheHostsZone();
+    void tellsAnyNewZone_data();
+    void tellsAnyNewZone();
     void tellsAtOnceWhenTheRuntimeIsUpAlready();
     void tellsChangesOnce();
     void doesNotMindWhetherTheClockWasSet();
@@ -123,6 +125,24 @@ void UmbraTimezoneMonitorTest::tellsTheHostsZone()
 
     startRuntime();
 
+    QCOMPARE(takeRequests(), {requestBytes(told)});
+}
+
+void UmbraTimezoneMonitorTest::tellsAnyNewZone_data()
+{
+    tellsTheHostsZone_data();
+}
+
+void UmbraTimezoneMonitorTest::tellsAnyNewZone()
+{
+    QFETCH(QString, zone);
+    QFETCH(QString, told);
+    start(QStringLiteral("Asia/Kathmandu"));
+    takeRequests();
+
+    m_timedate->announce(zone);
+
+    QTRY_COMPARE(static_cast<int>(m_alarm->transactions().size()), 1);
     QCOMPARE(takeRequests(), {requestBytes(told)});
 }
 

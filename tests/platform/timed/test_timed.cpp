@@ -3,6 +3,7 @@
 #include "platform/timed/interface.h"
 #include "support/testcase.h"
 
+#include <QDBusConnectionInterface>
 #include <QtTest>
 
 #include <memory>
@@ -54,6 +55,7 @@ private Q_SLOTS:
     void announced_zones_are_passed_on();
     void other_announcements_are_not_passed_on_data();
     void other_announcements_are_not_passed_on();
+    void nobody_else_is_heard();
     void a_daemon_that_comes_later_is_heard();
     void a_daemon_that_comes_back_is_heard();
     void the_connection_ends_with_the_receiver();
@@ -152,7 +154,7 @@ void TestTimed::an_answer_that_is_no_zone_is_invalid()
 
 void TestTimed::without_a_daemon_the_reply_is_invalid()
 {
-    QVERIFY(!Interface().get_wall_clock_info().isValid());
+    QCOMPARE(Interface().get_wall_clock_info().error().type(), QDBusError::ServiceUnknown);
 }
 
 void TestTimed::announced_zones_are_passed_on()
@@ -209,6 +211,26 @@ void TestTimed::other_announcements_are_not_passed_on()
     timedate.announce(QStringLiteral("UTC"));
 
     QTRY_COMPARE(m_zones, QStringList(QStringLiteral("UTC")));
+}
+
+void TestTimed::nobody_else_is_heard()
+{
+    FakeTimedate timedate(m_bus.address(), QVariant());
+    Receiver receiver(&m_zones);
+    QVERIFY(connectTo(&receiver));
+    QDBusConnection other = QDBusConnection::connectToBus(m_bus.address(), QStringLiteral("other"));
+    QDBusMessage signal = QDBusMessage::createSignal(
+        QStringLiteral("/org/freedesktop/timedate1"),
+        QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("PropertiesChanged"));
+    signal << QStringLiteral("org.freedesktop.timedate1")
+           << QVariantMap{{QStringLiteral("Timezone"), Helsinki}} << QStringList();
+
+    other.send(signal);
+    other.interface()->registeredServiceNames(); // once the bus answers it has passed the signal on
+    timedate.announce(QStringLiteral("UTC"));
+
+    QTRY_COMPARE(m_zones, QStringList(QStringLiteral("UTC")));
+    QDBusConnection::disconnectFromBus(QStringLiteral("other"));
 }
 
 void TestTimed::a_daemon_that_comes_later_is_heard()
