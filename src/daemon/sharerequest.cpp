@@ -1,6 +1,6 @@
 #include "daemon/sharerequest.h"
 
-#include "config/daemonconfig.h"
+#include "daemon/intents.h"
 #include "daemon/plainvalue.h"
 #include "platform/host/logging.h"
 
@@ -53,21 +53,26 @@ void addText(Intent &intent, const QVariantMap &item)
 void addFiles(Intent &intent, const QVariantList &resources)
 {
     QVariantList urls;
-    for (const QVariant &resource : resources)
-        urls.append(DaemonConfig::toAndroidUrl(resource.toString()));
-    if (urls.size() < 2) {
-        intent.extras.insert(text(extraStream), urls.first());
-    } else {
+    for (const QVariant &resource : resources) {
+        const QUrl url = Intents::runtimeUrl(resource.toString());
+        if (!url.isEmpty())
+            urls.append(url);
+    }
+    if (urls.size() > 1) {
         intent.action = text(actionSendMultiple);
         intent.extras.insert(text(extraStream), urls);
+    } else if (!urls.isEmpty()) {
+        intent.extras.insert(text(extraStream), urls.first());
     }
 }
 
 void addTarget(Intent &intent, const QString &methodId)
 {
     const QStringList parts = methodId.split(QLatin1Char('/'));
-    if (parts.size() < 2) {
-        qCWarning(daemonLog) << "Sharing with no app in particular, methodId has no \"/\":"
+    // An empty package would not do as one: the runtime reads a component wherever the package is
+    // not null, and would find none behind it.
+    if (parts.size() < 2 || parts.first().isEmpty()) {
+        qCWarning(daemonLog) << "Sharing with no app in particular, methodId names none:"
                              << methodId;
         return;
     }
@@ -111,7 +116,8 @@ std::optional<Intent> ShareRequest::toIntent() const
     if (mimeType.startsWith(QLatin1String("text/"))) {
         addText(intent, resources.first().toMap());
     } else {
-        intent.type = mimeType;
+        if (!mimeType.isEmpty())
+            intent.type = mimeType;
         addFiles(intent, resources);
     }
     addTarget(intent, transferMethod.value(QStringLiteral("methodId")).toString());
