@@ -10,6 +10,7 @@
 #include <QVariant>
 #include <QVariantMap>
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 
@@ -61,8 +62,8 @@ public:
     /// Length, magic "BNDL", count and the pairs in key order.
     void writeBundle(const QVariantMap &values);
 
-    /// Whether nothing can be read any more.
-    bool atEnd() const { return !canRead(); }
+    /// How much of the message has not been read yet; 0 for a parcel that does not read.
+    std::size_t bytesRemaining() const { return m_reader ? m_reader->bytesRemaining() : 0; }
 
     int readInt32();
     qlonglong readInt64();

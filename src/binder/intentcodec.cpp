@@ -175,7 +175,7 @@ ClipData Codec::readClipData() const
     clipData.date = m_parcel.readInt64();
     clipData.icon = m_parcel.readByteArray();
     const int count = m_parcel.readInt32();
-    for (int i = 0; i < count && !m_parcel.atEnd(); ++i)
+    for (int i = 0; i < count && m_parcel.bytesRemaining() > 0; ++i)
         clipData.items.append(readClipDataItem());
     return clipData;
 }
