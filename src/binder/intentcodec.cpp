@@ -4,6 +4,8 @@
 #include "binder/logging.h"
 #include "config/daemonconfig.h"
 
+#include <utility>
+
 namespace {
 
 constexpr int Absent = 0;
@@ -175,8 +177,14 @@ ClipData Codec::readClipData() const
     clipData.date = m_parcel.readInt64();
     clipData.icon = m_parcel.readByteArray();
     const int count = m_parcel.readInt32();
-    for (int i = 0; i < count && m_parcel.bytesRemaining() > 0; ++i)
-        clipData.items.append(readClipDataItem());
+    for (int i = 0; i < count; ++i) {
+        const std::size_t before = m_parcel.bytesRemaining();
+        ClipDataItem item = readClipDataItem();
+        // At the end, and where there is no plain data, reads consume nothing: the count is wrong.
+        if (m_parcel.bytesRemaining() == before)
+            break;
+        clipData.items.append(std::move(item));
+    }
     return clipData;
 }
 

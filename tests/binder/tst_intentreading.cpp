@@ -46,6 +46,8 @@ private Q_SLOTS:
     void readsNoItemsForCountsBelowOne();
     void readsWhatItWrote();
     void readsNoMoreItemsThanTheMessageHolds();
+    void readsNoItemsWhereNothingCanBeRead_data();
+    void readsNoItemsWhereNothingCanBeRead();
     void readsDefaultsWithoutAMessage();
     void survivesACutAtEveryByte();
 };
@@ -230,6 +232,34 @@ void IntentReadingTest::readsNoMoreItemsThanTheMessageHolds()
 
     QCOMPARE(clip.items.size(), 1);
     QCOMPARE(message.parcel.bytesRemaining(), std::size_t(0));
+}
+
+void IntentReadingTest::readsNoItemsWhereNothingCanBeRead_data()
+{
+    QTest::addColumn<QByteArray>("rest");
+    QTest::addColumn<bool>("isObject");
+
+    QTest::newRow("less than a word") << bytes("0000") << false;
+    QTest::newRow("an object") << bytes("852a6273 13010000 0100000000000000 0100000000000000")
+                               << true;
+}
+
+void IntentReadingTest::readsNoItemsWhereNothingCanBeRead()
+{
+    QFETCH(QByteArray, rest);
+    QFETCH(bool, isObject);
+    const QByteArray head = bytes("ffffffff 00000000 ffffffff 00000000 00000000 ffffffff ffffff7f");
+    const Binder::IncomingReply reply(std::make_unique<Binder::IncomingData>(
+        head + rest,
+        isObject ? std::vector<quint64>{quint64(head.size())} : std::vector<quint64>()));
+    BinderParcel parcel(reply);
+
+    const ClipData clip = readClipData(parcel);
+
+    QVERIFY(clip.items.isEmpty());
+    const QString line = QStringLiteral("Couldn't read result");
+    // One item was tried: the word for its intent and the one for its uri.
+    QCOMPARE(takeLog(QtCriticalMsg), QStringList({line, line}));
 }
 
 void IntentReadingTest::readsDefaultsWithoutAMessage()
