@@ -8,9 +8,14 @@
 Intent::Intent() = default;
 Intent::Intent(const Intent &other) = default;
 Intent::Intent(Intent &&other) noexcept = default;
-Intent &Intent::operator=(const Intent &other) = default;
 Intent &Intent::operator=(Intent &&other) noexcept = default;
 Intent::~Intent() = default;
+
+// What is copied may be a part of this intent, and must not end halfway.
+Intent &Intent::operator=(const Intent &other)
+{
+    return *this = Intent(other);
+}
 
 bool operator==(const Intent &left, const Intent &right)
 {

@@ -7,6 +7,7 @@
 #include <functional>
 
 using SampleIntents::fullIntent;
+using SampleIntents::withAction;
 
 using Change = std::function<void(Intent &)>;
 Q_DECLARE_METATYPE(Change)
@@ -18,6 +19,7 @@ class IntentTest : public TestCase
 private Q_SLOTS:
     void meansTheCurrentUserAtFirst();
     void ownsWhatItHolds();
+    void becomesAPartOfItself();
     void tellsIntentsApart_data();
     void tellsIntentsApart();
 };
@@ -41,6 +43,18 @@ void IntentTest::ownsWhatItHolds()
     QCOMPARE(original.selector->action, QStringLiteral("changed"));
     const Intent moved = std::move(copy);
     QVERIFY(original == moved);
+}
+
+void IntentTest::becomesAPartOfItself()
+{
+    Intent intent = fullIntent();
+    const Intent selector = *intent.selector;
+    intent = *intent.selector;
+    QVERIFY(intent == selector);
+
+    intent = fullIntent();
+    intent = *intent.clipData->items.at(0).intent;
+    QVERIFY(intent == withAction(QStringLiteral("n")));
 }
 
 void IntentTest::tellsIntentsApart_data()
