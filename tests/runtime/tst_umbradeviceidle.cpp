@@ -165,7 +165,7 @@ void UmbraDeviceIdleTest::saysThatACheckFailed()
 
     QVERIFY(!m_client->isPowerSaveWhitelisted(Package));
 
-    QCOMPARE(takeLog(QtCriticalMsg), levelLines() + QStringList(CheckFailed));
+    QCOMPARE(takeLog(QtCriticalMsg, Category), levelLines() + QStringList(CheckFailed));
 }
 
 void UmbraDeviceIdleTest::sendsNothingWithoutAConnection_data()
