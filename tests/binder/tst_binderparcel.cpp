@@ -32,6 +32,7 @@ private Q_SLOTS:
     void tellsNullFromEmptyStrings();
     void writesStringLists();
     void readsStringLists();
+    void readsStringListsThatFillTheMessage();
     void readsNoStringsForCountsBelowOne_data();
     void readsNoStringsForCountsBelowOne();
     void refusesStringCountsThatTheMessageCannotHold_data();
@@ -136,6 +137,14 @@ void BinderParcelTest::readsStringLists()
     QCOMPARE(texts, QStringList({QStringLiteral("a"), QString(), QStringLiteral("b")}));
     QVERIFY(texts.at(1).isNull());
     QCOMPARE(message.parcel.readInt32(), 42);
+}
+
+void BinderParcelTest::readsStringListsThatFillTheMessage()
+{
+    Received message(bytes("02000000 ffffffff ffffffff"));
+
+    QCOMPARE(message.parcel.readStringList(), QStringList({QString(), QString()}));
+    QCOMPARE(message.parcel.bytesRemaining(), std::size_t(0));
 }
 
 void BinderParcelTest::readsNoStringsForCountsBelowOne_data()

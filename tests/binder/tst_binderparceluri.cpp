@@ -49,6 +49,10 @@ void BinderParcelUriTest::writesTheStringForm()
     QCOMPARE(
         written([](BinderParcel &parcel) { parcel.writeUri(QUrl(QStringLiteral("package:a.b"))); }),
         bytes("01000000 0b000000 7000610063006b00 6100670065003a00 61002e0062000000"));
+    // as QUrl shows it to people
+    QCOMPARE(
+        written([](BinderParcel &parcel) { parcel.writeUri(QUrl(QStringLiteral("x:a%20b%25"))); }),
+        bytes("01000000 08000000 78003a00 61002000 62002500 32003500 00000000"));
 }
 
 void BinderParcelUriTest::readsWhatItWrote_data()
