@@ -368,8 +368,10 @@ void BramDaemon::startIntents()
 
 void BramDaemon::publishRuntimeStarting(const QString &packageName)
 {
-    const QString name = m_desktopManager.applicationName(packageName);
-    publishNotification(qtTrId("bramd-launch_umbra_to_start_android_app").arg(name), false);
+    // Not arg(), which complains about the bare id that is shown when there is no catalogue.
+    QString text = qtTrId("bramd-launch_umbra_to_start_android_app");
+    text.replace(QLatin1String("%1"), m_desktopManager.applicationName(packageName));
+    publishNotification(text, false);
 }
 
 bool BramDaemon::isInstalledSilently(const QString &filename, PackageSource source) const

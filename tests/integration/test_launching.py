@@ -1,5 +1,7 @@
 """Starting apps and pages of the runtime from the host."""
 
+from pathlib import Path
+
 import pytest
 
 from gi.repository import GLib
@@ -91,6 +93,18 @@ def test_an_apps_name_is_shown_as_the_app_spells_it(phone):
     forgive_deaths(phone)
     phone.bramd.call("launchApp", "s", package)
     assert phone.notifications.wait_for_notice()["body"] == starting_notice("<b>Q&A</b> %1")
+
+
+def test_a_launch_is_announced_without_a_catalogue_too(phone):
+    installed = Path("/usr/share/translations")
+    set_aside = installed.rename("/usr/share/translations.aside")
+    try:
+        phone.start_daemon()
+        phone.bramd.call("launchApp", "s", WEATHER)
+        notice = phone.notifications.wait_for_notice()
+        assert notice["body"] == "bramd-launch_umbra_to_start_android_app"
+    finally:
+        set_aside.rename(installed)
 
 
 @pytest.mark.parametrize("late", ["umbra", "package"])
