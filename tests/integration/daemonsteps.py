@@ -51,6 +51,13 @@ def start_runtime(phone, **arguments):
     wait_until_announced(phone, since)
 
 
+def expect_deaths(phone, since):
+    """Each held service that dies is one warning."""
+    wait_for(lambda: phone.daemon.log.count(DIED, since) >= len(PERSISTENT_CLIENTS),
+             "the deaths of all held services")
+    phone.daemon.log.claim_all(DIED, "warning", BINDER, since)
+
+
 def forgive_deaths(phone):
     """A runtime that stops in order may be gone before the daemon has read that it is stopping."""
     phone.daemon.log.expect('Umbra VM is "inactive" ( "dead" )')

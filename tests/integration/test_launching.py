@@ -10,16 +10,18 @@ from phone.daemon import SERVICE
 from phone.runtime import CONTROL
 from phone.waiting import wait_for
 
-from daemonsteps import (DAEMON, connected_line, forgive_deaths, start_beside_runtime,
-                         wait_until_connected)
-from launches import (ADDRESSES, EVERY_LEVEL, WEATHER, check_level_complaints, launched_packages,
-                      looks, start_with_weather, started_intents)
+from daemonsteps import (DAEMON, connected_line, expect_deaths, forgive_deaths,
+                         start_beside_runtime, start_runtime, wait_until_connected)
+from hostfiles import download
+from launches import (ADDRESSES, EVERY_LEVEL, LAUNCH_PACKAGE, WEATHER, check_level_complaints,
+                      launched_packages, looks, start_with_weather, started_intents)
 from parcels import ADD_LAUNCHER, launcher
 from texts import ENGLISH
 
 MAIN = "android.intent.action.MAIN"
 VIEW = "android.intent.action.VIEW"
 SETTINGS = "com.android.settings"
+INSTALL_PACKAGE = 2
 NEW_TASK_ON_HOME = 0x10004000
 NEW_CLEAR_TASK = 0x10008000
 
@@ -93,6 +95,62 @@ def test_an_apps_name_is_shown_as_the_app_spells_it(phone):
     forgive_deaths(phone)
     phone.bramd.call("launchApp", "s", package)
     assert phone.notifications.wait_for_notice()["body"] == starting_notice("<b>Q&A</b> %1")
+
+
+@pytest.mark.parametrize(("method", "signature", "arguments"), [
+    ("launchApp", "s", (WEATHER,)),
+    ("launchIntent", "ssssssa{sv}", ("", "", "", WEATHER, "", "", {})),
+    ("openAppSettings", "s", (WEATHER,)),
+    ("viewLicenses", "", ()),
+    ("share", "a{sv}", ({"resources": GLib.Variant("as", ["/home/a.jpg"]),
+                         "selectedTransferMethodInfo": GLib.Variant(
+                             "a{sv}", {"methodId": GLib.Variant("s", f"{WEATHER}/Main")})},)),
+])
+def test_every_launch_starts_a_stopped_runtime_and_says_so(phone, method, signature, arguments):
+    phone.start_daemon()
+    phone.bramd.call(method, signature, *arguments)
+    notice = phone.notifications.wait_for_notice()
+    assert (notice["summary"], notice["body"]) == ("", starting_notice(""))
+    assert notice["hints"] == {"image-path": "icon-s-android", "transient": True}
+    wait_for(lambda: launched_packages(phone) or started_intents(phone), "the launch", 30)
+
+
+def test_launches_come_before_package_requests(phone):
+    phone.start_daemon()
+    phone.bramd.call("installFile", "s", str(download("weather")))
+    phone.bramd.call("launchApp", "s", WEATHER)
+    installed = phone.runtime.wait_for_transaction("umbra", INSTALL_PACKAGE, timeout=30)
+    assert [record["code"] for record in phone.runtime.transactions("umbra")
+            if record["code"] in (LAUNCH_PACKAGE, installed["code"])] == [LAUNCH_PACKAGE,
+                                                                          INSTALL_PACKAGE]
+
+
+def test_a_launch_made_during_the_wait_for_a_window_comes_after_it(phone):
+    start_with_weather(phone)
+    phone.runtime.fault("SurfaceFlinger", "short", value=0, count=2)
+    results = [phone.bramd.start_call("launchIntent", "ssssssa{sv}", "", "", "", package, activity,
+                                      "", {})
+               for package, activity in ((WEATHER, f"{WEATHER}.Main"), ("", ""))]
+    wait_for(lambda: all(results), "both replies")
+    assert results == [[None], [None]]
+    calls = [record["service"] for record in phone.runtime.transactions()
+             if record["service"] in ("activity", "SurfaceFlinger")]
+    assert calls == ["activity", *["SurfaceFlinger"] * 3, "activity"]
+
+
+def test_a_runtime_that_dies_during_the_wait_for_a_window_is_launched_again(phone):
+    start_with_weather(phone)
+    since = phone.daemon.log.mark()
+    phone.runtime.fault("SurfaceFlinger", "die")
+    launch(phone, package=WEATHER)
+    phone.unit.wait_for_state("failed")
+    expect_deaths(phone, since)
+    phone.runtime.forget()
+    launch(phone, package=WEATHER)
+    phone.notifications.wait_for_notice()
+    start_runtime(phone)
+    wait_for(lambda: looks(phone), "the second launch")
+    assert len(started_intents(phone)) == 1
 
 
 def test_a_launch_is_announced_without_a_catalogue_too(phone):

@@ -200,6 +200,18 @@ def test_the_home_screen_is_told_of_every_app_that_is_updated(phone):
 
 
 @pytest.mark.phone(services=("notifications", "homescreen"))
+def test_the_home_screen_is_told_of_however_many_apps(phone):
+    phone.start_daemon()
+    paths = [APPLICATIONS / f"bramd_launcher_org_example_app{number:03}.desktop"
+             for number in range(300)]
+    for path in paths:
+        path.write_text(f"[Desktop Entry]\nX-bramd-packageName={path.stem}\n", encoding="utf-8")
+    phone.bramd.call("notifyRuntimeUpgrade", "b", True)
+    wait_for(lambda: len(told_home_screen(phone)) >= len(paths), "a call for each app")
+    assert [arguments[3] for _method, arguments in told_home_screen(phone)] == list(map(str, paths))
+
+
+@pytest.mark.phone(services=("notifications", "homescreen"))
 def test_the_home_screen_hears_nothing_without_apps(phone):
     start_beside_runtime(phone)
     phone.bramd.call("notifyRuntimeUpgrade", "b", True)

@@ -4,7 +4,7 @@ import pytest
 
 from phone.waiting import wait_for
 
-from daemonsteps import (ANNOUNCED, BINDER, DIED, PERSISTENT_CLIENTS, SERVICE, connected_line,
+from daemonsteps import (ANNOUNCED, BINDER, DIED, SERVICE, connected_line, expect_deaths,
                          forgive_deaths, start_beside_runtime, start_runtime,
                          wait_until_announced, wait_until_connected)
 from hostfiles import download, entries, traces
@@ -25,13 +25,6 @@ def running_fixture(phone):
 
 def install(phone, name="weather"):
     assert phone.bramd.call("installFile", "s", str(download(name))) is True
-
-
-def expect_deaths(phone, since):
-    """Each held service that dies is one warning."""
-    wait_for(lambda: phone.daemon.log.count(DIED, since) >= len(PERSISTENT_CLIENTS),
-             "the deaths of all held services")
-    phone.daemon.log.claim_all(DIED, "warning", BINDER, since)
 
 
 def wait_until_it_works(phone, since):

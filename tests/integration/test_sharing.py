@@ -135,11 +135,13 @@ def test_nothing_is_shared_without_resources(phone, resources):
     assert not started_intents(phone)
 
 
-def test_a_method_without_a_class_is_shared_without_a_target(phone):
+@pytest.mark.parametrize("method_id", ["no-component", "", "/org.example.weather.Main"])
+def test_a_method_that_names_no_component_is_shared_without_a_target(phone, method_id):
     start_beside_runtime(phone)
-    share(phone, "image/jpeg", files(FIRST), method_id="no-component")
-    phone.daemon.log.expect(re.compile('.*"no-component"'), "warning", DAEMON)
-    intent = started_intents(phone)[0]
-    assert "package" not in intent
-    assert "componentPackage" not in intent
+    share(phone, "image/jpeg", files(FIRST), method_id=method_id)
+    phone.daemon.log.expect(
+        f'Sharing with no app in particular, methodId names none: "{method_id}"',
+        "warning", DAEMON)
+    assert started_intents(phone) == [
+        {"action": SEND, "type": "image/jpeg", "extras": {STREAM: stream_of(phone)}}]
     assert not looks(phone)
