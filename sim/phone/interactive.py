@@ -11,6 +11,12 @@ This shell runs on the simulated phone; leaving it ends the phone.
 
   busctl --system call com.corvo.bramd /com/corvo/bramd com.corvo.bramd installFile s /path/to.apk
   busctl --system call com.corvo.bramd /com/corvo/bramd com.corvo.bramd removeFile s PACKAGE
+  busctl --system call com.corvo.bramd /com/corvo/bramd com.corvo.bramd launchApp s PACKAGE
+  busctl --system call com.corvo.bramd /com/corvo/bramd com.corvo.bramd share 'a{sv}' 3 \\
+      resources as 1 /home/phone-user/a.jpg mimeType s image/jpeg \\
+      selectedTransferMethodInfo 'a{sv}' 1 methodId s PACKAGE/CLASS
+  busctl --system call org.freedesktop.timedate1 /org/freedesktop/timedate1 \\
+      phone.TimeDate SetZone s Europe/Berlin
   gdbus monitor --system --dest com.corvo.bramd        (and --session for the user's bus)
   busctl --system call org.freedesktop.systemd1 /org/freedesktop/systemd1 \\
       org.freedesktop.systemd1.Manager StartUnit ss umbravm.service replace
