@@ -32,21 +32,14 @@ CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Con
 """
 
 
-class Bus:
-    """A dbus-daemon of the phone's own ("system" or "session") and our connection to it."""
+class BusConnection:
+    """Our connection to a message bus ("system" or "session") that somebody runs."""
 
-    def __init__(self, kind, path):
+    def __init__(self, kind, address):
         self.kind = kind
-        self.address = f"unix:path={path}"
-        path.parent.mkdir(parents=True, exist_ok=True)
-        configuration = Path(f"/run/phone/{kind}-bus.conf")
-        configuration.parent.mkdir(parents=True, exist_ok=True)
-        configuration.write_text(CONFIGURATION.format(kind=kind, socket=path), encoding="utf-8")
-        self.process = Process(f"{kind}-bus", ["/usr/bin/dbus-daemon", "--nofork", "--nopidfile",
-                                               f"--config-file={configuration}"])
-        wait_for(lambda: _answers(path) or not self.process.running, lambda: self.process)
+        self.address = address
         self.connection = Gio.DBusConnection.new_for_address_sync(
-            self.address, Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT
+            address, Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT
             | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION, None, None)
         self.connection.set_exit_on_close(False)
         self._bus = self.object("org.freedesktop.DBus", "/org/freedesktop/DBus",
@@ -67,6 +60,23 @@ class Bus:
     def stop(self):
         if not self.connection.is_closed():
             self.connection.close_sync(None)
+
+
+class Bus(BusConnection):
+    """A dbus-daemon of the phone's own and our connection to it."""
+
+    def __init__(self, kind, path):
+        path.parent.mkdir(parents=True, exist_ok=True)
+        configuration = Path(f"/run/phone/{kind}-bus.conf")
+        configuration.parent.mkdir(parents=True, exist_ok=True)
+        configuration.write_text(CONFIGURATION.format(kind=kind, socket=path), encoding="utf-8")
+        self.process = Process(f"{kind}-bus", ["/usr/bin/dbus-daemon", "--nofork", "--nopidfile",
+                                               f"--config-file={configuration}"])
+        wait_for(lambda: _answers(path) or not self.process.running, lambda: self.process)
+        super().__init__(kind, f"unix:path={path}")
+
+    def stop(self):
+        super().stop()
         self.process.stop()
 
 

@@ -19,20 +19,22 @@ class HostService:
     path = ""
     control_interface = ""
 
-    def __init__(self, bus):
-        """Starts it; use wait_until_ready() before anything else."""
+    def __init__(self, bus, start=True):
+        """Starts it, unless it is run by somebody else; use wait_until_ready() before anything
+        else."""
         self._bus = bus
         self.process = Process(self.template, [
             "/usr/bin/python3", "-m", "dbusmock", f"--{bus.kind}",
             "--template", MOCKS / f"{self.template}.py"],
-            {f"DBUS_{bus.kind.upper()}_BUS_ADDRESS": bus.address})
+            {f"DBUS_{bus.kind.upper()}_BUS_ADDRESS": bus.address}) if start else None
         self._mock = BusObject(bus, self.service, self.path, MOCK_IFACE)
         self.control = BusObject(bus, self.service, self.path, self.control_interface)
 
     def wait_until_ready(self):
         # The name is taken before the template is loaded; calls are answered only afterwards.
-        wait_for(lambda: self._bus.has_owner(self.service) or not self.process.running,
-                 lambda: self.process, 60)
+        wait_for(lambda: self._bus.has_owner(self.service)
+                 or (self.process and not self.process.running),
+                 lambda: self.process or self.service, 60)
         self._mock.call("GetCalls")
 
     def calls(self, method=None):
@@ -140,8 +142,8 @@ class Unit(HostService):
     unit_path = "/org/freedesktop/systemd1/unit/umbravm_2eservice"
     unit_name = "umbravm.service"
 
-    def __init__(self, bus):
-        super().__init__(bus)
+    def __init__(self, bus, start=True):
+        super().__init__(bus, start)
         self._manager = BusObject(bus, self.service, self.path, self.service + ".Manager")
         self._properties = BusObject(bus, self.service, self.unit_path,
                                      "org.freedesktop.DBus.Properties")
