@@ -6,6 +6,7 @@ from hostfiles import traces
 from phone.waiting import wait_for
 
 from realphone import PATIENCE_S, RealPhone
+from steps import start_runtime
 
 
 @pytest.fixture(name="machine", scope="session")
@@ -19,15 +20,23 @@ def machine_fixture():
 @pytest.fixture(name="phone")
 def phone_fixture(machine):
     """A phone with its user logged in and the daemon serving; its runtime is stopped and has no
-    apps, unless a test left it otherwise."""
+    apps."""
     machine.log_in()
     if not machine.session_bus:
         machine.enter_session()
     machine.start_daemon()
     machine.notifications.forget()
     yield machine
-    machine.forget_apps()
     if traces():
-        machine.start_runtime()
-        wait_for(lambda: not traces(), lambda: f"the end of {traces()}", PATIENCE_S)
-        machine.stop_runtime()
+        remove_apps(machine)
+    machine.stop_runtime()
+
+
+def remove_apps(phone):
+    """As their user would. The runtime cannot just lose them: what the daemon was once told of is no
+    orphan to it until it hears of the removal."""
+    if phone.unit.state() != "active":
+        start_runtime(phone)
+    for app in phone.runtime.apps():
+        phone.bramd.call("removeFile", "s", app["package"])
+    wait_for(lambda: not traces(), lambda: f"the end of {traces()}", PATIENCE_S)

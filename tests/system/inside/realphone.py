@@ -3,7 +3,6 @@
 Tests and the demo's story use both alike. Nothing is started here that the system does not run."""
 
 import os
-import shutil
 import subprocess
 from pathlib import Path
 
@@ -12,7 +11,7 @@ from phone.daemon import INTERFACE, OBJECT, SERVICE
 from phone.daemonlog import DaemonLog
 from phone.hostservices import Notifications, Unit
 from phone.process import Process
-from phone.runtime import DATA_ROOT, Runtime
+from phone.runtime import Runtime
 from phone.waiting import wait_for
 
 USER, USER_ID = "phone-user", 1000
@@ -115,12 +114,6 @@ class RealPhone:
 
     def stop_runtime(self):
         systemctl("stop", RUNTIME_UNIT)
-
-    def forget_apps(self):
-        """The runtime comes up as new at its next start."""
-        self.stop_runtime()
-        for name in ("app", "data", "system"):
-            shutil.rmtree(DATA_ROOT / "data" / name, ignore_errors=True)
 
     def stop(self):
         self._leave_session()

@@ -9,7 +9,7 @@ from gi.repository import GLib
 from hostfiles import (APPLICATIONS, ICONS, INCOMING, PACKAGED, SHARING, entries, icon_path,
                        owner_and_mode, read_json, settings_path, traces)
 from launches import launched_packages, started_intents
-from parcels import ADD_LAUNCHER, COMPLETE, launcher
+from parcels import ADD_LAUNCHER, COMPLETE, REMOVE_PACKAGE, launcher, string16
 from phone.waiting import wait_for
 
 from realphone import DAEMON_UNIT, PATIENCE_S, USER, run, show
@@ -51,15 +51,15 @@ def test_an_app_is_launched_and_shared_with(phone):
     wait_for(lambda: launched_packages(phone) == [WEATHER], "the launch", PATIENCE_S)
 
     configuration = {
-        "mimeType": GLib.Variant("s", "text/plain"),
-        "resources": GLib.Variant("as", [f"/home/{USER}/Documents/trip.txt"]),
+        "mimeType": GLib.Variant("s", "image/jpeg"),
+        "resources": GLib.Variant("as", [f"/home/{USER}/Pictures/trip.jpg"]),
         "selectedTransferMethodInfo": GLib.Variant("a{sv}", {
             "methodId": GLib.Variant("s", f"{WEATHER}/{WEATHER}.ShareActivity")})}
     phone.bramd.call("share", "a{sv}", configuration)
     (intent,) = wait_for(lambda: started_intents(phone), "the share", PATIENCE_S)
     assert intent["action"] == "android.intent.action.SEND"
     stream = intent["extras"]["android.intent.extra.STREAM"]
-    assert stream.startswith("file:///storage/") and stream.endswith("/Documents/trip.txt")
+    assert stream.startswith("file:///storage/") and stream.endswith("/Pictures/trip.jpg")
 
 
 def test_an_app_of_a_host_package_takes_the_package_with_it(phone, tmp_path):
@@ -94,8 +94,9 @@ def test_three_hundred_apps_are_announced(phone):
         assert phone.runtime.call_launcher(ADD_LAUNCHER, announced) == (0, b"")
     assert phone.runtime.call_launcher(COMPLETE) == (0, b"")
     assert len(entries()) == len(list(ICONS.glob("*.png"))) == len(packages)
-    phone.runtime.announce()  # of these the runtime knows nothing
-    wait_for(lambda: not traces(), "the end of all of them", PATIENCE_S)
+    for package in packages:
+        assert phone.runtime.call_launcher(REMOVE_PACKAGE, string16(package)) == (0, b"")
+    assert not traces()
 
 
 @pytest.mark.parametrize("directory", [INCOMING, ICONS])
