@@ -9,6 +9,11 @@ from realphone import PATIENCE_S, RealPhone
 from steps import start_runtime
 
 
+def pytest_configure(config):
+    config.addinivalue_line(
+        "markers", "phone(**arguments): known to steps that the simulated phone's tests share")
+
+
 @pytest.fixture(name="machine", scope="session")
 def machine_fixture():
     """The phone as the boot has left it."""
