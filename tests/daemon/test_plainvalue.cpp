@@ -255,6 +255,10 @@ void TestPlainValue::an_argument_is_read_from_where_it_stands()
     QCOMPARE(spelledOut(plainValue(QVariant::fromValue(atNumber))), text("int(5)"));
     QCOMPARE(atVariant.currentType(), QDBusArgument::VariantType);
     QCOMPARE(spelledOut(plainValue(QVariant::fromValue(atVariant))), text("'x'"));
+
+    // An argument that is left inside a container is leaked.
+    atNumber.endArray();
+    atVariant.endArray();
 }
 
 void TestPlainValue::an_argument_with_nothing_to_read_is_nothing()
@@ -272,6 +276,9 @@ void TestPlainValue::an_argument_with_nothing_to_read_is_nothing()
     QCOMPARE(atEnd.currentType(), QDBusArgument::UnknownType);
     QCOMPARE(plainValue(QVariant::fromValue(atEnd)), QVariant());
     QCOMPARE(plainValue(QVariant::fromValue(QDBusArgument())), QVariant());
+
+    atEntry.endMap();
+    atEnd.endArray();
 }
 
 void TestPlainValue::the_deepest_nesting_that_the_bus_carries_is_read_data()
