@@ -41,8 +41,8 @@ private Q_SLOTS:
     void a_location_that_does_not_parse_is_left_out_with_a_warning_data();
     void a_location_that_does_not_parse_is_left_out_with_a_warning();
     void data_that_does_not_parse_leaves_the_rest_of_the_intent();
-    void app_settings_have_the_package_as_their_data_data();
-    void app_settings_have_the_package_as_their_data();
+    void app_settings_point_at_the_package_data();
+    void app_settings_point_at_the_package();
     void licenses_are_a_page_of_the_settings();
 };
 
@@ -212,7 +212,7 @@ void TestIntents::data_that_does_not_parse_leaves_the_rest_of_the_intent()
     QCOMPARE(takeLog(QtWarningMsg).size(), 1);
 }
 
-void TestIntents::app_settings_have_the_package_as_their_data_data()
+void TestIntents::app_settings_point_at_the_package_data()
 {
     QTest::addColumn<QString>("packageName");
     QTest::addColumn<QString>("url");
@@ -226,7 +226,7 @@ void TestIntents::app_settings_have_the_package_as_their_data_data()
     QTest::newRow("not a scheme") << QStringLiteral("https:b") << QStringLiteral("package:https:b");
 }
 
-void TestIntents::app_settings_have_the_package_as_their_data()
+void TestIntents::app_settings_point_at_the_package()
 {
     QFETCH(QString, packageName);
 
