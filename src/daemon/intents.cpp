@@ -66,6 +66,10 @@ Intent appSettings(const QString &packageName)
     Intent intent = settingsPage(QStringLiteral("android.settings.APPLICATION_DETAILS_SETTINGS"));
     intent.data.setScheme(QStringLiteral("package"));
     intent.data.setPath(packageName);
+    if (!intent.data.isValid()) {
+        qCWarning(daemonLog) << "Cannot be a package name, left out:" << packageName;
+        intent.data.clear();
+    }
     return intent;
 }
 

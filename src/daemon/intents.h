@@ -15,7 +15,8 @@ Intent launch(const QString &action, const QString &data, const QString &type,
               const QString &packageName, const QString &className, const QString &category,
               const QVariantMap &extras);
 
-/// The runtime's settings page for an app.
+/// The runtime's settings page for an app; of no app in particular, with a warning, when the name
+/// cannot stand in a URL.
 Intent appSettings(const QString &packageName);
 
 /// The runtime's page of legal information.

@@ -43,6 +43,7 @@ private Q_SLOTS:
     void data_that_does_not_parse_leaves_the_rest_of_the_intent();
     void app_settings_point_at_the_package_data();
     void app_settings_point_at_the_package();
+    void app_settings_of_what_no_url_can_hold_name_no_app();
     void licenses_are_a_page_of_the_settings();
 };
 
@@ -241,6 +242,18 @@ void TestIntents::app_settings_point_at_the_package()
              QStringList({QStringLiteral("action 'android.settings.APPLICATION_DETAILS_SETTINGS'"),
                           QStringLiteral("flags 0x10008000"),
                           QStringLiteral("package 'com.android.settings'")}));
+}
+
+void TestIntents::app_settings_of_what_no_url_can_hold_name_no_app()
+{
+    const QString packageName = QStringLiteral("//x");
+
+    const Intent intent = Intents::appSettings(packageName);
+
+    QCOMPARE(intent.data, QUrl());
+    QCOMPARE(intent.package, QStringLiteral("com.android.settings"));
+    QCOMPARE(takeLog(QtWarningMsg, QStringLiteral("com.corvo.bramd.daemon")),
+             QStringList({QStringLiteral("Cannot be a package name, left out: \"//x\"")}));
 }
 
 void TestIntents::licenses_are_a_page_of_the_settings()
