@@ -1,13 +1,13 @@
 #pragma once
 
-#include "daemon/androidversiondata.h"
-#include "daemon/appsizeinfo.h"
 #include "daemon/callercheck.h"
 #include "daemon/intentqueue.h"
 #include "daemon/packagemod.h"
 #include "daemon/packagerequests.h"
 #include "daemon/packagestaging.h"
 #include "daemon/partnerspace.h"
+#include "interface/androidversiondata.h"
+#include "interface/appsizeinfo.h"
 #include "launcher/apkmanager.h"
 #include "launcher/desktopmanager.h"
 #include "platform/host/accountsdevicepolicy.h"

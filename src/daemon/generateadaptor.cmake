@@ -5,7 +5,7 @@ get_filename_component(directory ${HEADER} DIRECTORY)
 file(MAKE_DIRECTORY ${directory})
 execute_process(
   COMMAND ${QDBUSXML2CPP} -c BramDaemonAdaptor
-    -i daemon/androidversiondata.h -i daemon/appsizeinfo.h
+    -i interface/androidversiondata.h -i interface/appsizeinfo.h
     -a ${HEADER}:${SOURCE} ${XML} com.corvo.bramd
   RESULT_VARIABLE status)
 if(NOT status EQUAL 0)

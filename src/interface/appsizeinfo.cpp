@@ -1,4 +1,4 @@
-#include "daemon/appsizeinfo.h"
+#include "interface/appsizeinfo.h"
 
 bool operator==(const AppSizeInfo &left, const AppSizeInfo &right)
 {

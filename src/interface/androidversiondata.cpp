@@ -1,4 +1,4 @@
-#include "daemon/androidversiondata.h"
+#include "interface/androidversiondata.h"
 
 bool operator==(const AndroidVersionData &left, const AndroidVersionData &right)
 {
