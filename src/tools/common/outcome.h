@@ -1,0 +1,21 @@
+#pragma once
+
+#include "tools/common/exitstatus.h"
+
+#include <QString>
+
+/// What became of something a tool had to do.
+struct Outcome
+{
+    ExitStatus status = ExitStatus::Done;
+    /// For the user: one line that says what is wrong and what to do next. Empty when done.
+    QString sentence;
+
+    bool isDone() const { return status == ExitStatus::Done; }
+};
+
+bool operator==(const Outcome &left, const Outcome &right);
+
+/// Writes the sentence, if there is one, to standard error behind the program's name, and returns
+/// the number to end the program with.
+int reportOutcome(const Outcome &outcome);

@@ -1,0 +1,99 @@
+#include "tools/common/runtimeunit.h"
+
+#include "tools/common/callfailure.h"
+
+#include <QDBusMessage>
+
+namespace {
+
+const QString Systemd = QStringLiteral("org.freedesktop.systemd1");
+const QString ManagerPath = QStringLiteral("/org/freedesktop/systemd1");
+const QString ManagerInterface = QStringLiteral("org.freedesktop.systemd1.Manager");
+const QString PropertiesInterface = QStringLiteral("org.freedesktop.DBus.Properties");
+const QString UnitInterface = QStringLiteral("org.freedesktop.systemd1.Unit");
+const QString Unit = QStringLiteral("umbravm.service");
+
+RuntimeUnit::State missing()
+{
+    RuntimeUnit::State state;
+    state.isMissing = true;
+    state.outcome = {ExitStatus::RuntimeUnavailable,
+                     QStringLiteral("The Android runtime is not installed: systemd knows no unit "
+                                    "umbravm.service. Install the runtime first.")};
+    return state;
+}
+
+RuntimeUnit::State notKnown(const QDBusError &error)
+{
+    if (error.name() == QLatin1String("org.freedesktop.systemd1.NoSuchUnit"))
+        return missing();
+    RuntimeUnit::State state;
+    if (error.type() == QDBusError::Disconnected) {
+        state.outcome = busFailure(error);
+    } else {
+        state.outcome = {ExitStatus::RuntimeUnavailable,
+                         QStringLiteral("systemd does not tell the state of the Android runtime "
+                                        "(%1). Look at \"systemctl status umbravm.service\".")
+                             .arg(oneLine(error))};
+    }
+    return state;
+}
+
+QDBusMessage managerCall(const QString &method)
+{
+    return QDBusMessage::createMethodCall(Systemd, ManagerPath, ManagerInterface, method);
+}
+
+} // namespace
+
+RuntimeUnit::RuntimeUnit(const QDBusConnection &bus, int timeoutMs, QObject *parent)
+    : QObject(parent)
+    , m_bus(bus)
+    , m_timeoutMs(timeoutMs)
+{
+}
+
+QDBusReply<QDBusObjectPath> RuntimeUnit::load() const
+{
+    // A unit that is not running need not be in systemd's memory; this has it looked for.
+    return m_bus.call(managerCall(QStringLiteral("LoadUnit")) << Unit, QDBus::Block, m_timeoutMs);
+}
+
+RuntimeUnit::State RuntimeUnit::read() const
+{
+    const QDBusReply<QDBusObjectPath> unit = load();
+    if (!unit.isValid())
+        return notKnown(unit.error());
+
+    QDBusMessage getAll = QDBusMessage::createMethodCall(
+        Systemd, unit.value().path(), PropertiesInterface, QStringLiteral("GetAll"));
+    getAll << UnitInterface;
+    const QDBusReply<QVariantMap> reply = m_bus.call(getAll, QDBus::Block, m_timeoutMs);
+    if (!reply.isValid())
+        return notKnown(reply.error());
+
+    const QVariantMap properties = reply.value();
+    // systemd has an object for every name that it was ever asked about.
+    if (properties.value(QStringLiteral("LoadState")).toString() == QLatin1String("not-found"))
+        return missing();
+    State state;
+    state.activeState = properties.value(QStringLiteral("ActiveState")).toString();
+    state.subState = properties.value(QStringLiteral("SubState")).toString();
+    state.unitFileState = properties.value(QStringLiteral("UnitFileState")).toString();
+    return state;
+}
+
+Outcome RuntimeUnit::watch()
+{
+    const QDBusReply<QDBusObjectPath> unit = load();
+    if (!unit.isValid())
+        return notKnown(unit.error()).outcome;
+    // Without a subscriber, systemd keeps its news to itself.
+    const QDBusReply<void> subscribed =
+        m_bus.call(managerCall(QStringLiteral("Subscribe")), QDBus::Block, m_timeoutMs);
+    if (!subscribed.isValid())
+        return notKnown(subscribed.error()).outcome;
+    m_bus.connect(Systemd, unit.value().path(), PropertiesInterface,
+                  QStringLiteral("PropertiesChanged"), this, SIGNAL(changed()));
+    return {};
+}

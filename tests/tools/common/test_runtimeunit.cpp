@@ -1,0 +1,182 @@
+#include "fakes/fakesystemd.h"
+#include "platform/host/privatebus.h"
+#include "support/testcase.h"
+#include "tools/common/runtimeunit.h"
+
+#include <QtTest>
+
+namespace {
+
+const QString Client = QStringLiteral("client");
+
+FakeSystemd::Unit runningUnit()
+{
+    FakeSystemd::Unit unit;
+    unit.properties = FakeSystemd::properties(QStringLiteral("active"), QStringLiteral("running"),
+                                              QStringLiteral("enabled"));
+    return unit;
+}
+
+} // namespace
+
+class TestRuntimeUnit : public TestCase
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void the_state_is_what_systemd_says();
+    void only_enabled_is_enabled_data();
+    void only_enabled_is_enabled();
+    void a_unit_that_systemd_has_no_file_of_is_missing();
+    void a_refusal_leaves_the_state_unknown_data();
+    void a_refusal_leaves_the_state_unknown();
+    void without_systemd_the_state_is_unknown();
+    void without_a_bus_the_bus_is_what_is_wrong();
+    void news_are_told_once_it_is_watched();
+    void what_cannot_be_watched_is_told();
+
+private:
+    QDBusConnection client() const { return QDBusConnection(Client); }
+
+    std::unique_ptr<PrivateBus> m_bus;
+};
+
+void TestRuntimeUnit::init()
+{
+    TestCase::init();
+    m_bus = std::make_unique<PrivateBus>();
+    QVERIFY(m_bus->start());
+    QVERIFY(QDBusConnection::connectToBus(m_bus->address(), Client).isConnected());
+}
+
+void TestRuntimeUnit::cleanup()
+{
+    QDBusConnection::disconnectFromBus(Client);
+    m_bus.reset();
+    TestCase::cleanup();
+}
+
+void TestRuntimeUnit::the_state_is_what_systemd_says()
+{
+    FakeSystemd systemd(m_bus->address(), runningUnit());
+    QVERIFY(systemd.isUp());
+
+    const RuntimeUnit::State state = RuntimeUnit(client()).read();
+
+    QVERIFY(state.outcome.isDone());
+    QVERIFY(!state.isMissing);
+    QCOMPARE(state.activeState, QStringLiteral("active"));
+    QCOMPARE(state.subState, QStringLiteral("running"));
+    QCOMPARE(state.unitFileState, QStringLiteral("enabled"));
+}
+
+void TestRuntimeUnit::only_enabled_is_enabled_data()
+{
+    QTest::addColumn<QString>("unitFileState");
+    QTest::addColumn<bool>("enabled");
+
+    QTest::newRow("enabled") << QStringLiteral("enabled") << true;
+    QTest::newRow("disabled") << QStringLiteral("disabled") << false;
+    QTest::newRow("until the next boot only") << QStringLiteral("enabled-runtime") << false;
+    QTest::newRow("not known") << QString() << false;
+}
+
+void TestRuntimeUnit::only_enabled_is_enabled()
+{
+    QFETCH(QString, unitFileState);
+    RuntimeUnit::State state;
+    state.unitFileState = unitFileState;
+
+    QTEST(state.isEnabled(), "enabled");
+}
+
+void TestRuntimeUnit::a_unit_that_systemd_has_no_file_of_is_missing()
+{
+    FakeSystemd::Unit unit;
+    unit.properties = {{QStringLiteral("LoadState"), QStringLiteral("not-found")},
+                       {QStringLiteral("ActiveState"), QStringLiteral("inactive")}};
+    FakeSystemd systemd(m_bus->address(), unit);
+
+    const RuntimeUnit::State state = RuntimeUnit(client()).read();
+
+    QVERIFY(state.isMissing);
+    QCOMPARE(state.activeState, QString());
+    QCOMPARE(state.outcome.status, ExitStatus::RuntimeUnavailable);
+    QVERIFY(
+        state.outcome.sentence.startsWith(QStringLiteral("The Android runtime is not installed:")));
+}
+
+void TestRuntimeUnit::a_refusal_leaves_the_state_unknown_data()
+{
+    QTest::addColumn<bool>("loadable");
+    QTest::addColumn<QString>("reason");
+
+    QTest::newRow("of the unit") << false << QStringLiteral("Unit is masked");
+    QTest::newRow("of its properties") << true << QStringLiteral("No");
+}
+
+void TestRuntimeUnit::a_refusal_leaves_the_state_unknown()
+{
+    QFETCH(bool, loadable);
+    QFETCH(QString, reason);
+    FakeSystemd::Unit unit = runningUnit();
+    unit.loadable = loadable;
+    unit.readable = false;
+    FakeSystemd systemd(m_bus->address(), unit);
+
+    const RuntimeUnit::State state = RuntimeUnit(client()).read();
+
+    QVERIFY(!state.isMissing);
+    QCOMPARE(state.activeState, QString());
+    const Outcome expected{
+        ExitStatus::RuntimeUnavailable,
+        QStringLiteral("systemd does not tell the state of the Android runtime (%1). Look at "
+                       "\"systemctl status umbravm.service\".")
+            .arg(reason)};
+    QVERIFY2(state.outcome == expected, qPrintable(state.outcome.sentence));
+}
+
+void TestRuntimeUnit::without_systemd_the_state_is_unknown()
+{
+    const RuntimeUnit::State state = RuntimeUnit(client()).read();
+
+    QVERIFY(!state.isMissing);
+    QCOMPARE(state.outcome.status, ExitStatus::RuntimeUnavailable);
+    QVERIFY(state.outcome.sentence.startsWith(
+        QStringLiteral("systemd does not tell the state of the Android runtime (")));
+}
+
+void TestRuntimeUnit::without_a_bus_the_bus_is_what_is_wrong()
+{
+    const QString none = QStringLiteral("none");
+    const RuntimeUnit unit(
+        QDBusConnection::connectToBus(QStringLiteral("unix:path=/nonexistent"), none));
+
+    QCOMPARE(unit.read().outcome.status, ExitStatus::DaemonUnreachable);
+}
+
+void TestRuntimeUnit::news_are_told_once_it_is_watched()
+{
+    FakeSystemd systemd(m_bus->address(), runningUnit());
+    RuntimeUnit unit(client());
+    QSignalSpy changed(&unit, &RuntimeUnit::changed);
+
+    QVERIFY(unit.watch().isDone());
+    systemd.changeProperties({{QStringLiteral("ActiveState"), QStringLiteral("failed")}});
+
+    QVERIFY(changed.wait());
+    QVERIFY(systemd.calls().contains(QStringLiteral(
+        "/org/freedesktop/systemd1 org.freedesktop.systemd1.Manager.Subscribe  ()")));
+}
+
+void TestRuntimeUnit::what_cannot_be_watched_is_told()
+{
+    RuntimeUnit unit(client());
+
+    QCOMPARE(unit.watch().status, ExitStatus::RuntimeUnavailable);
+}
+
+QTEST_GUILESS_MAIN(TestRuntimeUnit)
+#include "test_runtimeunit.moc"
