@@ -1,0 +1,78 @@
+#include "tools/launcher/launcher.h"
+
+#include "tools/common/location.h"
+#include "tools/launcher/launchrequest.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QVector>
+
+namespace {
+
+const QString Main = QStringLiteral("android.intent.action.MAIN");
+const QString View = QStringLiteral("android.intent.action.VIEW");
+
+QVector<Location> locations(const QStringList &arguments)
+{
+    QVector<Location> found;
+    for (const QString &argument : arguments)
+        found.append(locationOf(argument, QDir::currentPath()));
+    return found;
+}
+
+/// The daemon would pass on any path, and the app would show its user a puzzle.
+Outcome checkThatTheyExist(const QVector<Location> &locations)
+{
+    for (const Location &location : locations) {
+        if (location.isFile && !QFileInfo::exists(location.address)) {
+            return {ExitStatus::Refused,
+                    QStringLiteral("There is no file \"%1\" to open.").arg(location.address)};
+        }
+    }
+    return {};
+}
+
+} // namespace
+
+Launcher::Launcher(const QDBusConnection &bus)
+    : m_daemon(bus)
+    , m_unit(bus)
+{
+}
+
+Outcome Launcher::launch(const LaunchRequest &request)
+{
+    const QVector<Location> opened = locations(request.opened);
+    Outcome outcome = checkThatTheyExist(opened);
+    if (outcome.isDone())
+        outcome = reviveRuntime();
+    if (!outcome.isDone())
+        return outcome;
+
+    if (opened.isEmpty())
+        return start(request, Main, QString(), QString());
+    for (const Location &location : opened) {
+        outcome = start(request, View, location.address, mimeTypeOf(location));
+        if (!outcome.isDone())
+            break;
+    }
+    return outcome;
+}
+
+Outcome Launcher::reviveRuntime()
+{
+    const RuntimeUnit::State state = m_unit.read();
+    if (state.isMissing)
+        return state.outcome;
+    // When systemd does not tell, the daemon may know better.
+    if (state.activeState != QLatin1String("failed"))
+        return {};
+    return m_daemon.finish(m_daemon.proxy().controlService(true));
+}
+
+Outcome Launcher::start(const LaunchRequest &request, const QString &action, const QString &data,
+                        const QString &type)
+{
+    return m_daemon.finish(m_daemon.proxy().launchIntent(action, data, type, request.package,
+                                                         request.className, QString(), {}));
+}

@@ -1,0 +1,25 @@
+"""Programs of the host as people and desktops run them, with the tools of this build in reach."""
+
+import os
+import subprocess
+
+from phone.buses import SYSTEM_SOCKET
+
+TIMEOUT_S = 60
+
+
+def run(*words, cwd="/", **environment):
+    """Runs a program until it ends; its output is text."""
+    return subprocess.run([os.fspath(word) for word in words], check=False, cwd=cwd,
+                          capture_output=True, text=True, timeout=TIMEOUT_S,
+                          env=_environment(environment))
+
+
+def start(*words):
+    """Starts a program whose output is for communicate()."""
+    return subprocess.Popen([os.fspath(word) for word in words], text=True, cwd="/",
+                            stdout=subprocess.PIPE, stderr=subprocess.PIPE, env=_environment({}))
+
+
+def _environment(added):
+    return {**os.environ, "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={SYSTEM_SOCKET}", **added}
