@@ -2,14 +2,16 @@
 
 import fnmatch
 import shlex
+import subprocess
 from dataclasses import dataclass
 
 from . import hostfiles
 from .appgrid import read_entry
+from .narrator import check
 
 CACHE = hostfiles.APPLICATIONS / "mimeinfo.cache"
 
-VIEW = "android.intent.action.VIEW"
+LAUNCH_TIMEOUT_S = 60
 
 
 def entries_for(mime_type):
@@ -25,23 +27,27 @@ def entries_for(mime_type):
 
 @dataclass
 class Command:
-    """What an entry's Exec line says: the activity to start, and the data that it opens."""
+    """What an entry's Exec line says: the program to run, and the activity that it starts."""
 
+    words: list
     package: str
     activity: str
-    data: str = ""
 
     @classmethod
-    def of_entry(cls, entry, data=""):
-        """With %U replaced by the address of what is opened; an entry may have no place for it."""
-        words = [data if word == "%U" else word for word in shlex.split(read_entry(entry)["Exec"])]
+    def of_entry(cls, entry, opened=()):
+        """With %U replaced by the addresses of what is opened; an entry may have no place for
+        them."""
+        words = []
+        for word in shlex.split(read_entry(entry)["Exec"]):
+            words += opened if word == "%U" else [word]
         package, activity = words[-1].split("/", 1)
-        return cls(package, activity, words[words.index("-d") + 1] if "-d" in words else "")
+        return cls(words, package, activity)
 
-    def run(self, bramd):
-        """The call that bramd-launcher makes for it."""
-        bramd.call("launchIntent", "ssssssa{sv}", VIEW if self.data else "", self.data, "",
-                   self.package, self.activity, "", {})
+    def run(self):
+        """As the desktop runs it, until it ends."""
+        done = subprocess.run(self.words, check=False, capture_output=True, text=True,
+                              timeout=LAUNCH_TIMEOUT_S)
+        check(done.returncode == 0, f"{self.words} ended with {done.returncode}: {done.stderr}")
 
 
 @dataclass

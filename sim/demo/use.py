@@ -4,11 +4,12 @@ from gi.repository import GLib
 
 from . import hostfiles
 from .appgrid import read_entry
-from .desktop import VIEW, Command, entries_for, share_targets
+from .desktop import Command, entries_for, share_targets
 from .narrator import check
 from .received import Received, file_behind, short
 
 MAIN = "android.intent.action.MAIN"
+VIEW = "android.intent.action.VIEW"
 SEND = "android.intent.action.SEND"
 SEND_MULTIPLE = "android.intent.action.SEND_MULTIPLE"
 STREAM = "android.intent.extra.STREAM"
@@ -99,11 +100,11 @@ class Use:
         for url in urls:
             self._narrator.detail(short(url))
 
-    def _run(self, entry, action, data=""):
+    def _run(self, entry, action, *opened):
         """Starts an entry; returns its command and the intent that the runtime got."""
-        command = Command.of_entry(entry, data)
+        command = Command.of_entry(entry, opened)
         received = Received(self._phone.runtime)
-        command.run(self._phone.bramd)
+        command.run()
         intent = received.intent()
         self._check_target(intent, action, command)
         return command, intent
