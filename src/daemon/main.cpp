@@ -1,3 +1,4 @@
+#include "config/catalogues.h"
 #include "config/daemonconfig.h"
 #include "daemon/bramdaemon.h"
 #include "daemon/loginwait.h"
@@ -6,9 +7,7 @@
 #include "platform/host/sdloginmonitor.h"
 
 #include <QCoreApplication>
-#include <QLocale>
 #include <QTextCodec>
-#include <QTranslator>
 
 #include <cstdio>
 #include <unistd.h>
@@ -42,15 +41,7 @@ int main(int argc, char *argv[])
     // not find those that are not plain ASCII.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
     const TerminationSignals terminationSignals;
-
-    const QString catalogues = QStringLiteral("/usr/share/translations");
-    QTranslator engineeringEnglish;
-    engineeringEnglish.load(QStringLiteral("bramd_eng_en"), catalogues);
-    QCoreApplication::installTranslator(&engineeringEnglish);
-    QTranslator userLanguage;
-    userLanguage.load(QLocale::system(), QStringLiteral("bramd"), QStringLiteral("-"), catalogues);
-    QCoreApplication::installTranslator(&userLanguage);
-
+    const Catalogues catalogues;
     const DaemonConfig config;
     const BramDaemon daemon(&config);
     return QCoreApplication::exec();
