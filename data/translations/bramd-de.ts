@@ -73,5 +73,25 @@
         <extracomment>Why an installation failed: any other reason.</extracomment>
         <translation>Android konnte die App nicht installieren. Starte das Gerät neu und versuche es dann erneut.</translation>
     </message>
+    <message id="bramd-installing">
+        <source>Installing app</source>
+        <extracomment>Title of a notice; followed by a colon and the name of the file.</extracomment>
+        <translation>App wird installiert</translation>
+    </message>
+    <message id="bramd-install-refused">
+        <source>The file was not accepted. See whether apps may be installed on this device and there is enough storage space, then try again.</source>
+        <extracomment>Body of the notice that an app file was not taken for installation.</extracomment>
+        <translation>Die Datei wurde nicht angenommen. Prüfe, ob auf diesem Gerät Apps installiert werden dürfen und genug Speicherplatz frei ist, und versuche es dann erneut.</translation>
+    </message>
+    <message id="bramd-install-no-runtime">
+        <source>Android is not installed on this device. Install it first, then open the file again.</source>
+        <extracomment>Body of the notice that an app file was not taken because there is no Android runtime.</extracomment>
+        <translation>Android ist auf diesem Gerät nicht installiert. Installiere es zuerst und öffne die Datei dann erneut.</translation>
+    </message>
+    <message id="bramd-install-unavailable">
+        <source>Apps cannot be installed at the moment. Restart the device, then try again.</source>
+        <extracomment>Body of the notice that an app file could not be handed over for installation.</extracomment>
+        <translation>Zurzeit können keine Apps installiert werden. Starte das Gerät neu und versuche es dann erneut.</translation>
+    </message>
 </context>
 </TS>

@@ -73,5 +73,25 @@
         <extracomment>Why an installation failed: any other reason.</extracomment>
         <translation>Android no pudo instalar la aplicación. Reinicia el dispositivo e inténtalo de nuevo.</translation>
     </message>
+    <message id="bramd-installing">
+        <source>Installing app</source>
+        <extracomment>Title of a notice; followed by a colon and the name of the file.</extracomment>
+        <translation>Instalando aplicación</translation>
+    </message>
+    <message id="bramd-install-refused">
+        <source>The file was not accepted. See whether apps may be installed on this device and there is enough storage space, then try again.</source>
+        <extracomment>Body of the notice that an app file was not taken for installation.</extracomment>
+        <translation>El archivo no se aceptó. Comprueba que en este dispositivo se pueden instalar aplicaciones y que hay espacio suficiente, e inténtalo de nuevo.</translation>
+    </message>
+    <message id="bramd-install-no-runtime">
+        <source>Android is not installed on this device. Install it first, then open the file again.</source>
+        <extracomment>Body of the notice that an app file was not taken because there is no Android runtime.</extracomment>
+        <translation>Android no está instalado en este dispositivo. Instálalo primero y abre el archivo de nuevo.</translation>
+    </message>
+    <message id="bramd-install-unavailable">
+        <source>Apps cannot be installed at the moment. Restart the device, then try again.</source>
+        <extracomment>Body of the notice that an app file could not be handed over for installation.</extracomment>
+        <translation>Ahora no se pueden instalar aplicaciones. Reinicia el dispositivo e inténtalo de nuevo.</translation>
+    </message>
 </context>
 </TS>

@@ -73,5 +73,25 @@
         <extracomment>Why an installation failed: any other reason.</extracomment>
         <translation>Android ei voinut asentaa sovellusta. Käynnistä laite uudelleen ja yritä sitten uudelleen.</translation>
     </message>
+    <message id="bramd-installing">
+        <source>Installing app</source>
+        <extracomment>Title of a notice; followed by a colon and the name of the file.</extracomment>
+        <translation>Sovellusta asennetaan</translation>
+    </message>
+    <message id="bramd-install-refused">
+        <source>The file was not accepted. See whether apps may be installed on this device and there is enough storage space, then try again.</source>
+        <extracomment>Body of the notice that an app file was not taken for installation.</extracomment>
+        <translation>Tiedostoa ei hyväksytty. Tarkista, että tälle laitteelle saa asentaa sovelluksia ja että tallennustilaa on riittävästi, ja yritä sitten uudelleen.</translation>
+    </message>
+    <message id="bramd-install-no-runtime">
+        <source>Android is not installed on this device. Install it first, then open the file again.</source>
+        <extracomment>Body of the notice that an app file was not taken because there is no Android runtime.</extracomment>
+        <translation>Androidia ei ole asennettu tälle laitteelle. Asenna se ensin ja avaa tiedosto sitten uudelleen.</translation>
+    </message>
+    <message id="bramd-install-unavailable">
+        <source>Apps cannot be installed at the moment. Restart the device, then try again.</source>
+        <extracomment>Body of the notice that an app file could not be handed over for installation.</extracomment>
+        <translation>Sovelluksia ei voi asentaa juuri nyt. Käynnistä laite uudelleen ja yritä sitten uudelleen.</translation>
+    </message>
 </context>
 </TS>

@@ -73,5 +73,25 @@
         <extracomment>Why an installation failed: any other reason.</extracomment>
         <translation>Android could not install the app. Restart the device, then try again.</translation>
     </message>
+    <message id="bramd-installing">
+        <source>Installing app</source>
+        <extracomment>Title of a notice; followed by a colon and the name of the file.</extracomment>
+        <translation>Installing app</translation>
+    </message>
+    <message id="bramd-install-refused">
+        <source>The file was not accepted. See whether apps may be installed on this device and there is enough storage space, then try again.</source>
+        <extracomment>Body of the notice that an app file was not taken for installation.</extracomment>
+        <translation>The file was not accepted. See whether apps may be installed on this device and there is enough storage space, then try again.</translation>
+    </message>
+    <message id="bramd-install-no-runtime">
+        <source>Android is not installed on this device. Install it first, then open the file again.</source>
+        <extracomment>Body of the notice that an app file was not taken because there is no Android runtime.</extracomment>
+        <translation>Android is not installed on this device. Install it first, then open the file again.</translation>
+    </message>
+    <message id="bramd-install-unavailable">
+        <source>Apps cannot be installed at the moment. Restart the device, then try again.</source>
+        <extracomment>Body of the notice that an app file could not be handed over for installation.</extracomment>
+        <translation>Apps cannot be installed at the moment. Restart the device, then try again.</translation>
+    </message>
 </context>
 </TS>

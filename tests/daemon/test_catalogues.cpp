@@ -38,6 +38,10 @@ constexpr const char *textIds[] = {
     "bramd-install-fail-invalid",
     "bramd-install-fail-storage",
     "bramd-install-fail-other",
+    "bramd-installing",
+    "bramd-install-refused",
+    "bramd-install-no-runtime",
+    "bramd-install-unavailable",
 };
 
 } // namespace

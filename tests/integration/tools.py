@@ -3,7 +3,7 @@
 import os
 import subprocess
 
-from phone.buses import SYSTEM_SOCKET
+from phone.buses import SESSION_SOCKET, SYSTEM_SOCKET
 
 TIMEOUT_S = 60
 
@@ -22,4 +22,5 @@ def start(*words):
 
 
 def _environment(added):
-    return {**os.environ, "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={SYSTEM_SOCKET}", **added}
+    return {**os.environ, "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={SYSTEM_SOCKET}",
+            "DBUS_SESSION_BUS_ADDRESS": f"unix:path={SESSION_SOCKET}", **added}

@@ -1,6 +1,7 @@
 #include "tools/launcher/launcher.h"
 
 #include "tools/common/location.h"
+#include "tools/common/runtimerevival.h"
 #include "tools/launcher/launchrequest.h"
 
 #include <QDir>
@@ -32,6 +33,13 @@ Outcome checkThatTheyExist(const QVector<Location> &locations)
     return {};
 }
 
+/// When systemd does not tell, the daemon may know better.
+Outcome checkThatItIsInstalled(const RuntimeUnit &unit)
+{
+    const RuntimeUnit::State state = unit.read();
+    return state.isMissing ? state.outcome : Outcome();
+}
+
 } // namespace
 
 Launcher::Launcher(const QDBusConnection &bus)
@@ -45,7 +53,9 @@ Outcome Launcher::launch(const LaunchRequest &request)
     const QVector<Location> opened = locations(request.opened);
     Outcome outcome = checkThatTheyExist(opened);
     if (outcome.isDone())
-        outcome = reviveRuntime();
+        outcome = checkThatItIsInstalled(m_unit);
+    if (outcome.isDone())
+        outcome = reviveFailedRuntime(m_unit, m_daemon);
     if (!outcome.isDone())
         return outcome;
 
@@ -57,17 +67,6 @@ Outcome Launcher::launch(const LaunchRequest &request)
             break;
     }
     return outcome;
-}
-
-Outcome Launcher::reviveRuntime()
-{
-    const RuntimeUnit::State state = m_unit.read();
-    if (state.isMissing)
-        return state.outcome;
-    // When systemd does not tell, the daemon may know better.
-    if (state.activeState != QLatin1String("failed"))
-        return {};
-    return m_daemon.finish(m_daemon.proxy().controlService(true));
 }
 
 Outcome Launcher::start(const LaunchRequest &request, const QString &action, const QString &data,

@@ -17,9 +17,6 @@ public:
     Outcome launch(const LaunchRequest &request);
 
 private:
-    /// After a crash the daemon leaves the unit alone, lest it start what fails again and again;
-    /// but here somebody wants to use it.
-    Outcome reviveRuntime();
     Outcome start(const LaunchRequest &request, const QString &action, const QString &data,
                   const QString &type);
 
