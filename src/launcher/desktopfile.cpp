@@ -55,10 +55,14 @@ QString DesktopFile::value(const QString &key) const
 void DesktopFile::read()
 {
     QFile file(m_path);
-    if (!file.open(QIODevice::ReadOnly))
-        return;
+    if (file.open(QIODevice::ReadOnly))
+        m_entries = parse(file.readAll());
+}
 
-    QTextStream stream(&file);
+QMap<QString, QString> DesktopFile::parse(const QByteArray &content)
+{
+    QMap<QString, QString> entries;
+    QTextStream stream(content);
     stream.setCodec("UTF-8");
     bool inGroup = false;
     QString line;
@@ -69,8 +73,9 @@ void DesktopFile::read()
         }
         const int separator = line.indexOf(QLatin1Char('='));
         if (separator >= 0)
-            m_entries.insert(line.left(separator), line.mid(separator + 1));
+            entries.insert(line.left(separator), line.mid(separator + 1));
     }
+    return entries;
 }
 
 void DesktopFile::write() const

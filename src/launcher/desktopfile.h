@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QMap>
 #include <QString>
 
@@ -26,6 +27,9 @@ public:
 
     /// An empty string, with a warning, when there is no such key.
     QString value(const QString &key) const;
+
+    /// The keys and values of a desktop file's text, by the rules above.
+    static QMap<QString, QString> parse(const QByteArray &content);
 
 private:
     void read();
