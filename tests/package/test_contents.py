@@ -11,7 +11,8 @@ from conftest import SOURCES
 DEBIANS_OWN = ("usr/share/doc/", "usr/share/lintian/")
 
 # Debian builds these with options of its own.
-PROGRAMS = ("usr/sbin/bramd", "usr/bin/bramd-launcher", "usr/bin/bramd-open-apk")
+PROGRAMS = ("usr/sbin/bramd", "usr/bin/bramd-launcher", "usr/bin/bramd-open-apk",
+            "usr/bin/bramctl")
 
 
 @pytest.fixture(scope="module", name="packaged")

@@ -1,0 +1,85 @@
+#include "tools/ctl/bugreport.h"
+
+#include "launcher/runtimetext.h"
+#include "tools/ctl/context.h"
+#include "tools/ctl/doctor.h"
+#include "tools/ctl/hostreader.h"
+#include "tools/ctl/texttable.h"
+
+#include <QCoreApplication>
+#include <QProcess>
+#include <QSysInfo>
+
+namespace BugReport {
+
+namespace {
+
+QStringList section(const QString &title, const QStringList &lines)
+{
+    return QStringList{QStringLiteral("== %1").arg(title)} +
+           (lines.isEmpty() ? QStringList(QStringLiteral("(none)")) : lines) +
+           QStringList(QString());
+}
+
+/// Daemon and runtime; an ordinary user may see no more than a remark about permissions.
+QStringList journal()
+{
+    constexpr int TimeoutMs = 20000;
+
+    QProcess process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(QStringLiteral("journalctl"),
+                  {QStringLiteral("--no-pager"), QStringLiteral("--lines=200"),
+                   QStringLiteral("--unit=bramd.service"),
+                   QStringLiteral("--unit=umbravm.service")});
+    if (!process.waitForFinished(TimeoutMs)) {
+        process.kill();
+        process.waitForFinished(TimeoutMs);
+        return {QStringLiteral("(journalctl: %1)").arg(process.errorString())};
+    }
+    QStringList lines;
+    const QString text = QString::fromUtf8(process.readAll());
+    for (const QString &line : text.split(QLatin1Char('\n'), Qt::SkipEmptyParts))
+        lines.append(RuntimeText::singleLine(line));
+    return lines;
+}
+
+QStringList findings(const HostState &host)
+{
+    QStringList lines;
+    for (const Finding &finding : Doctor::examine(host))
+        lines.append(finding.what);
+    return lines;
+}
+
+QStringList apps(const HostState &host)
+{
+    QVector<QStringList> rows;
+    for (const App &app : AppEntries::appsOf(host.entries)) {
+        rows.append({app.packageName, app.name,
+                     QStringLiteral("%1 launchers, opens %2 types")
+                         .arg(app.launchers.size())
+                         .arg(app.opens.size())});
+    }
+    return TextTable::lines(rows);
+}
+
+} // namespace
+
+QStringList write(Context &context)
+{
+    const HostState host = HostReader::read(context);
+    return section(QStringLiteral("Versions"),
+                   TextTable::lines(
+                       {{QStringLiteral("bramctl"), QCoreApplication::applicationVersion()},
+                        {QStringLiteral("system"), QSysInfo::prettyProductName()},
+                        {QStringLiteral("kernel"), QSysInfo::kernelVersion()},
+                        {QStringLiteral("machine"), QSysInfo::currentCpuArchitecture()}})) +
+           section(QStringLiteral("Runtime"),
+                   {host.unitState.isEmpty() ? host.unitComplaint : host.unitState}) +
+           section(QStringLiteral("Findings"), findings(host)) +
+           section(QStringLiteral("Apps"), apps(host)) +
+           section(QStringLiteral("Journal"), journal());
+}
+
+} // namespace BugReport

@@ -1,0 +1,35 @@
+#include "tools/ctl/commontexts.h"
+
+namespace CommonTexts {
+
+Option jsonOption()
+{
+    return {QStringLiteral("--json"), QString(), ArgumentKind::Word,
+            QStringLiteral("Answer in JSON"), false};
+}
+
+Option timeoutOption(int defaultSeconds)
+{
+    return {QStringLiteral("--timeout"), QStringLiteral("SECONDS"), ArgumentKind::Word,
+            QStringLiteral("How long to wait, by default %1 s").arg(defaultSeconds), false};
+}
+
+Argument packageArgument()
+{
+    return {QStringLiteral("PKG"), ArgumentKind::Package, false, false};
+}
+
+Outcome badTimeout()
+{
+    return {ExitStatus::Usage,
+            QStringLiteral("--timeout takes a number of seconds between 1 and 86400.")};
+}
+
+Outcome notInstalled(const QString &packageName)
+{
+    return {ExitStatus::Refused,
+            QStringLiteral("The host knows no app %1. “bramctl list” shows those it knows.")
+                .arg(packageName)};
+}
+
+} // namespace CommonTexts

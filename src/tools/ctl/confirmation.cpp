@@ -1,0 +1,23 @@
+#include "tools/ctl/confirmation.h"
+
+#include <QFile>
+
+#include <cstdio>
+
+namespace Confirmation {
+
+bool ask(const QString &question)
+{
+    constexpr int MaxAnswer = 1000;
+
+    const QByteArray text = question.toUtf8();
+    fprintf(stderr, "%s [y/N] ", text.constData());
+    fflush(stderr);
+    QFile input;
+    if (!input.open(stdin, QIODevice::ReadOnly))
+        return false;
+    const QByteArray answer = input.readLine(MaxAnswer).trimmed().toLower();
+    return answer == "y" || answer == "yes";
+}
+
+} // namespace Confirmation

@@ -1,0 +1,83 @@
+#include "tools/ctl/diagnosiscommands.h"
+
+#include "tools/common/runtimeunit.h"
+#include "tools/ctl/bugreport.h"
+#include "tools/ctl/command.h"
+#include "tools/ctl/commontexts.h"
+#include "tools/ctl/context.h"
+#include "tools/ctl/doctor.h"
+#include "tools/ctl/hostreader.h"
+#include "tools/ctl/signalprinter.h"
+
+#include <QEventLoop>
+#include <QJsonArray>
+#include <QJsonObject>
+
+namespace {
+
+Outcome monitor(const Invocation &invocation, Context &context)
+{
+    const Outcome reachable = context.requireDaemon();
+    if (reachable.status == ExitStatus::DaemonUnreachable &&
+        context.daemonState() == Context::DaemonState::NoBus)
+        return reachable;
+    SignalPrinter printer(context.out(), context.unit(), invocation.has(QStringLiteral("--json")));
+    QEventLoop loop;
+    QObject::connect(&printer, &SignalPrinter::busGone, &loop, &QEventLoop::quit);
+    printer.start();
+    loop.exec();
+    return {ExitStatus::DaemonUnreachable,
+            QStringLiteral("The system bus has gone. Look at “systemctl status dbus”.")};
+}
+
+/// Done only when nothing was found, so that a script can tell.
+Outcome doctor(const Invocation &invocation, Context &context)
+{
+    const QVector<Finding> findings = Doctor::examine(HostReader::read(context));
+    QJsonArray array;
+    QStringList lines;
+    for (const Finding &finding : findings) {
+        array.append(QJsonObject{{QStringLiteral("finding"), finding.what},
+                                 {QStringLiteral("advice"), finding.advice}});
+        lines.append(finding.what);
+        lines.append(QLatin1String("  ") + finding.advice);
+    }
+    if (findings.isEmpty())
+        lines.append(QStringLiteral("All is well."));
+    context.out().answer(invocation.has(QStringLiteral("--json")), array, lines);
+    return {findings.isEmpty() ? ExitStatus::Done : ExitStatus::Refused, QString()};
+}
+
+Outcome bugreport(const Invocation &, Context &context)
+{
+    context.out().lines(BugReport::write(context));
+    return {};
+}
+
+} // namespace
+
+QVector<Command> diagnosisCommands()
+{
+    const QVector<Option> json{CommonTexts::jsonOption()};
+    return {
+        {QStringLiteral("monitor"),
+         {},
+         json,
+         QStringLiteral("Show what happens until it is interrupted"),
+         QStringLiteral("The signals of bramd, such as “appClosed”, and the states of bramd and of "
+                        "the runtime, one line each. With --json,\neach line is an object."),
+         monitor},
+        {QStringLiteral("doctor"),
+         {},
+         json,
+         QStringLiteral("Look for what is wrong, and tell what to do about it"),
+         QStringLiteral("Changes nothing. Done means that nothing was found."),
+         doctor},
+        {QStringLiteral("bugreport"),
+         {},
+         {},
+         QStringLiteral("Print all that helps to understand a fault"),
+         QStringLiteral("It names your apps: read it before you pass it on."),
+         bugreport},
+    };
+}

@@ -1,0 +1,72 @@
+#include "tools/ctl/help.h"
+
+#include "tools/ctl/command.h"
+#include "tools/ctl/texttable.h"
+
+namespace Help {
+
+namespace {
+
+QString spelledOut(const Argument &argument)
+{
+    const QString name = argument.isRepeated ? argument.name + QLatin1String("...") : argument.name;
+    return argument.isOptional ? QStringLiteral("[%1]").arg(name) : name;
+}
+
+QString nameAndValue(const Option &option)
+{
+    return option.valueName.isEmpty() ? option.name
+                                      : option.name + QLatin1Char(' ') + option.valueName;
+}
+
+QString indented(const QVector<QStringList> &rows)
+{
+    QString text;
+    for (const QString &line : TextTable::lines(rows))
+        text += QLatin1String("  ") + line + QLatin1Char('\n');
+    return text;
+}
+
+} // namespace
+
+QString usage(const Command &command)
+{
+    QStringList words{QStringLiteral("bramctl"), command.name};
+    for (const Argument &argument : command.arguments)
+        words.append(spelledOut(argument));
+    for (const Option &option : command.options) {
+        const QString text = nameAndValue(option);
+        words.append(option.isRequired ? text : QStringLiteral("[%1]").arg(text));
+    }
+    return words.join(QLatin1Char(' '));
+}
+
+QString overview(const QVector<Command> &commands)
+{
+    QVector<QStringList> rows;
+    for (const Command &command : commands)
+        rows.append({command.name, command.summary});
+    return QStringLiteral("Usage: bramctl COMMAND [ARGUMENT...]\n\n"
+                          "Installs, opens and manages Android apps on this phone.\n\n"
+                          "Commands:\n") +
+           indented(rows) +
+           QStringLiteral("\n“bramctl help COMMAND” tells more about one of them; PKG is a "
+                          "package name as in “bramctl list”.\n"
+                          "Exit status: 0 done, 1 refused or failed, 2 usage, 3 not confirmed in "
+                          "time,\n4 daemon not reachable, 5 runtime not available.\n");
+}
+
+QString page(const Command &command)
+{
+    QString text = QStringLiteral("Usage: %1\n\n%2.\n").arg(usage(command), command.summary);
+    if (!command.details.isEmpty())
+        text += QLatin1Char('\n') + command.details + QLatin1Char('\n');
+    if (command.options.isEmpty())
+        return text;
+    QVector<QStringList> rows;
+    for (const Option &option : command.options)
+        rows.append({nameAndValue(option), option.help});
+    return text + QLatin1String("\nOptions:\n") + indented(rows);
+}
+
+} // namespace Help

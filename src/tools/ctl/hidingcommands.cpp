@@ -1,0 +1,143 @@
+#include "tools/ctl/hidingcommands.h"
+
+#include "launcher/publicfile.h"
+#include "launcher/runtimetext.h"
+#include "tools/ctl/blacklistfile.h"
+#include "tools/ctl/command.h"
+#include "tools/ctl/commontexts.h"
+#include "tools/ctl/context.h"
+#include "tools/ctl/regularfile.h"
+#include "tools/ctl/texttable.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonObject>
+
+#include <unistd.h>
+
+namespace {
+
+Outcome cannotWrite()
+{
+    return {ExitStatus::Refused,
+            QStringLiteral("%1 cannot be written. Look at its permissions, and whether the disk is "
+                           "full.")
+                .arg(BlacklistFile::path())};
+}
+
+Outcome unreadable(const QString &path)
+{
+    return {ExitStatus::Refused,
+            QStringLiteral("%1 cannot be read: look at its permissions.").arg(path)};
+}
+
+/// Nothing lists again what was made visible or hidden before both of these have happened.
+QString whenItCounts()
+{
+    return QStringLiteral("It counts when bramd has started anew and the runtime has announced its "
+                          "apps: “systemctl restart bramd”, then “bramctl restart”.");
+}
+
+Outcome change(const Invocation &invocation, Context &context, bool hide)
+{
+    const QString &package = invocation.arguments.first();
+    if (!RuntimeText::isUsableName(package) || package.trimmed() != package) {
+        return {
+            ExitStatus::Refused,
+            QStringLiteral("“%1” is no name of a package.").arg(RuntimeText::singleLine(package))};
+    }
+    if (geteuid() != 0) {
+        return {ExitStatus::Refused,
+                QStringLiteral("The list of hidden apps belongs to root: try “sudo bramctl %1 %2”.")
+                    .arg(hide ? QStringLiteral("hide") : QStringLiteral("unhide"), package)};
+    }
+    const QString path = BlacklistFile::path();
+    const RegularFile file = RegularFile::read(path);
+    if (!file.isRead() && file.state != RegularFile::State::Missing)
+        return unreadable(path);
+
+    const QByteArray content = hide ? BlacklistFile::with(file.content, package)
+                                    : BlacklistFile::without(file.content, package);
+    if (content == file.content) {
+        const RegularFile second = RegularFile::read(BlacklistFile::secondPath());
+        if (!hide && BlacklistFile::packages(second.content).contains(package)) {
+            return {ExitStatus::Refused,
+                    QStringLiteral("%1 is hidden by the list of the device, %2, which is not "
+                                   "changed here.")
+                        .arg(package, BlacklistFile::secondPath())};
+        }
+        context.out().line(hide ? QStringLiteral("%1 is on the list already.").arg(package)
+                                : QStringLiteral("%1 is not on the list.").arg(package));
+        return {};
+    }
+    if (!QDir().mkpath(QFileInfo(path).path()) ||
+        PublicFile::write(path, content) != PublicFile::WriteResult::Written)
+        return cannotWrite();
+    context.out().line(
+        hide ? QStringLiteral("%1 is on the list of hidden apps.").arg(package)
+             : QStringLiteral("%1 is no longer on the list of hidden apps.").arg(package));
+    context.out().line(whenItCounts());
+    return {};
+}
+
+Outcome hide(const Invocation &invocation, Context &context)
+{
+    return change(invocation, context, true);
+}
+
+Outcome unhide(const Invocation &invocation, Context &context)
+{
+    return change(invocation, context, false);
+}
+
+Outcome hidden(const Invocation &invocation, Context &context)
+{
+    QJsonArray array;
+    QVector<QStringList> rows{{QStringLiteral("PKG"), QStringLiteral("LIST")}};
+    for (const QString &path : {BlacklistFile::path(), BlacklistFile::secondPath()}) {
+        const RegularFile file = path.isEmpty() ? RegularFile() : RegularFile::read(path);
+        if (!file.isRead() && file.state != RegularFile::State::Missing)
+            return unreadable(path);
+        for (const QString &package : BlacklistFile::packages(file.content)) {
+            array.append(
+                QJsonObject{{QStringLiteral("package"), package}, {QStringLiteral("list"), path}});
+            rows.append({package, path});
+        }
+    }
+    context.out().answer(invocation.has(QStringLiteral("--json")), array,
+                         array.isEmpty() ? QStringList(QStringLiteral("No app is on the list."))
+                                         : TextTable::lines(rows));
+    return {};
+}
+
+} // namespace
+
+QVector<Command> hidingCommands()
+{
+    const Argument package = CommonTexts::packageArgument();
+    return {
+        {QStringLiteral("hide"),
+         {package},
+         {},
+         QStringLiteral("Put an app on the list of hidden apps"),
+         QStringLiteral(
+             "A hidden app stays installed and runs in the runtime, but the host does "
+             "not offer it: it has no icon in the app grid,\nopens no files and links, "
+             "and takes nothing that is shared. Only root can change the list. It counts "
+             "when bramd has\nstarted anew and the runtime has announced its apps."),
+         hide},
+        {QStringLiteral("unhide"),
+         {package},
+         {},
+         QStringLiteral("Take an app off the list of hidden apps"),
+         QStringLiteral("The counterpart of “hide”, with the same conditions."),
+         unhide},
+        {QStringLiteral("hidden"),
+         {},
+         {CommonTexts::jsonOption()},
+         QStringLiteral("List the hidden apps"),
+         QStringLiteral("Of the administrator's list, and of the device's if there is one."),
+         hidden},
+    };
+}

@@ -1,0 +1,63 @@
+#include "tools/common/toolapplication.h"
+#include "tools/ctl/appentry.h"
+#include "tools/ctl/command.h"
+#include "tools/ctl/commandline.h"
+#include "tools/ctl/commandtable.h"
+#include "tools/ctl/completion.h"
+#include "tools/ctl/context.h"
+#include "tools/ctl/help.h"
+#include "tools/ctl/output.h"
+#include "tools/ctl/sharetarget.h"
+
+#include <QLoggingCategory>
+
+namespace {
+
+Outcome usageError(const QString &error, const QString &nextStep)
+{
+    return {ExitStatus::Usage, error + QLatin1Char(' ') + nextStep};
+}
+
+Outcome run(const QStringList &words)
+{
+    Context context;
+    const QString name = words.value(0);
+    if (name == QLatin1String("--help") || name == QLatin1String("-h")) {
+        context.out().line(Help::overview(CommandTable::commands()).trimmed());
+        return {};
+    }
+    if (name == QLatin1String("--complete")) { // for the completion scripts of shells
+        context.out().lines(Completion::lines(Completion::suggest(
+            CommandTable::commands(), words.mid(1), AppEntries::appsOf(AppEntries::readAll()),
+            ShareTargets::read().targets)));
+        return {};
+    }
+
+    const Command *command = CommandTable::find(name);
+    if (!command) {
+        return usageError(name.isEmpty() ? QStringLiteral("A command is missing.")
+                                         : QStringLiteral("There is no command “%1”.").arg(name),
+                          QStringLiteral("“bramctl --help” lists them."));
+    }
+    if (words.mid(1) == QStringList(QStringLiteral("--help"))) {
+        context.out().line(Help::page(*command).trimmed());
+        return {};
+    }
+    const ParsedCommandLine parsed = parseCommandLine(*command, words.mid(1));
+    if (!parsed.error.isEmpty())
+        return usageError(parsed.error, QStringLiteral("Usage: %1").arg(Help::usage(*command)));
+    return command->handler(parsed.invocation, context);
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    // What the shared code logs for the daemon is nothing for this program's users.
+    QLoggingCategory::setFilterRules(QStringLiteral("*=false"));
+    const ToolApplication application(argc, argv, QStringLiteral("bramctl"));
+    const QStringList words = application.words();
+    if (words == QStringList(QStringLiteral("--version")))
+        return ToolApplication::printVersion();
+    return reportOutcome(run(words));
+}

@@ -1,0 +1,47 @@
+#include "tools/ctl/output.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <cstdio>
+
+namespace {
+
+void print(const QByteArray &text)
+{
+    fwrite(text.constData(), 1, static_cast<size_t>(text.size()), stdout);
+    fflush(stdout);
+}
+
+} // namespace
+
+void Output::line(const QString &text)
+{
+    print(text.toUtf8() + '\n');
+}
+
+void Output::lines(const QStringList &texts)
+{
+    for (const QString &text : texts)
+        line(text);
+}
+
+void Output::json(const QJsonValue &value)
+{
+    print((value.isArray() ? QJsonDocument(value.toArray()) : QJsonDocument(value.toObject()))
+              .toJson());
+}
+
+void Output::jsonLine(const QJsonObject &object)
+{
+    print(QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n');
+}
+
+void Output::answer(bool inJson, const QJsonValue &value, const QStringList &texts)
+{
+    if (inJson)
+        json(value);
+    else
+        lines(texts);
+}

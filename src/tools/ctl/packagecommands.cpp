@@ -1,0 +1,270 @@
+#include "tools/ctl/packagecommands.h"
+
+#include "tools/common/daemonclient.h"
+#include "tools/common/location.h"
+#include "tools/common/runtimeunit.h"
+#include "tools/ctl/apkfile.h"
+#include "tools/ctl/appentry.h"
+#include "tools/ctl/command.h"
+#include "tools/ctl/commontexts.h"
+#include "tools/ctl/context.h"
+#include "tools/ctl/fileargument.h"
+#include "tools/ctl/installwatch.h"
+#include "tools/ctl/waiting.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int InstallTimeoutS = 180;
+constexpr int RemoveTimeoutS = 120;
+
+/// A file that is to be installed, and what became clear about it before anybody was asked.
+struct Candidate
+{
+    QString path;
+    ApkFile apk;
+    QString complaint; ///< a sentence; empty when the file can be handed over
+};
+
+Candidate examine(const QString &argument)
+{
+    Candidate candidate;
+    const Location location = locationOf(argument, QDir::currentPath());
+    if (!location.isFile) {
+        candidate.complaint =
+            QStringLiteral("%1 is not on this phone: download it first.").arg(argument);
+        return candidate;
+    }
+    candidate.path = location.address;
+    const QString &path = candidate.path;
+    const QFileInfo info(path);
+    if (FileArgument::isSplitArchive(path)) {
+        candidate.complaint = QStringLiteral("%1 holds an app split into several packages, which "
+                                             "cannot be installed: get the app as one .apk file.")
+                                  .arg(path);
+    } else if (!info.exists()) {
+        candidate.complaint = QStringLiteral("There is no file %1.").arg(path);
+    } else if (!info.isFile()) {
+        candidate.complaint = QStringLiteral("%1 is no regular file.").arg(path);
+    } else if (!info.isReadable()) {
+        candidate.complaint = QStringLiteral("You cannot read %1: look at its permissions with “ls "
+                                             "-l”.")
+                                  .arg(path);
+    } else {
+        candidate.apk = ApkFile::read(path);
+        if (!candidate.apk.isApk()) {
+            candidate.complaint =
+                QStringLiteral("%1 is no Android package, or a damaged one: get it again.")
+                    .arg(path);
+        }
+    }
+    return candidate;
+}
+
+/// The daemon answers false without a reason.
+Outcome refused(const QString &path)
+{
+    if (!QFileInfo::exists(QStringLiteral("/opt/umbra/system.img"))) {
+        return {ExitStatus::RuntimeUnavailable,
+                QStringLiteral("The Android runtime is not installed. Install it from the store, "
+                               "whose page for it has been opened if there is one.")};
+    }
+    return {ExitStatus::Refused,
+            QStringLiteral("bramd has refused %1. If you may not install apps, a notice says so; "
+                           "“journalctl -u bramd” tells the reason.")
+                .arg(path)};
+}
+
+/// Tells each new state of the runtime while waiting.
+class Progress
+{
+public:
+    explicit Progress(Context &context)
+        : m_context(context)
+    {
+    }
+
+    RuntimeUnit::State look()
+    {
+        const RuntimeUnit::State state = m_context.unit().read();
+        if (state.outcome.isDone() && state.activeState != m_last) {
+            m_context.out().line(
+                QStringLiteral("  The Android runtime is %1.").arg(state.activeState));
+            m_last = state.activeState;
+        }
+        return state;
+    }
+
+private:
+    Context &m_context;
+    QString m_last;
+};
+
+Outcome waitForApp(const Candidate &candidate, const InstallWatch &watch, Context &context,
+                   int timeoutMs)
+{
+    const QString &package = candidate.apk.packageName;
+    Progress progress(context);
+    RuntimeUnit::State unit;
+    bool isThere = false;
+    const auto isSettled = [&] {
+        isThere = watch.hasChanged();
+        if (isThere)
+            return true;
+        unit = progress.look();
+        return !unit.outcome.isDone() || unit.activeState == QLatin1String("failed");
+    };
+    const bool inTime = Waiting::until(isSettled, timeoutMs);
+    if (isThere) {
+        context.out().line(QStringLiteral("%1 %2.").arg(
+            package, watch.wasThereBefore() ? QStringLiteral("is updated")
+                                            : QStringLiteral("is installed")));
+        return {};
+    }
+    if (!unit.outcome.isDone())
+        return unit.outcome;
+    if (inTime) {
+        return {ExitStatus::RuntimeUnavailable,
+                QStringLiteral("The Android runtime has failed, and %1 is not installed. Start it "
+                               "with “bramctl start” and install again; “journalctl -u umbravm” "
+                               "tells why it failed.")
+                    .arg(package)};
+    }
+    if (watch.wasThereBefore()) {
+        return {ExitStatus::NotConfirmed,
+                QStringLiteral("%1 was there before, and nothing about it has changed in time. The "
+                               "notice on the screen tells whether it was installed again.")
+                    .arg(package)};
+    }
+    return {ExitStatus::NotConfirmed,
+            QStringLiteral("%1 has not appeared in time. A notice on the screen tells when the "
+                           "runtime refuses an app, and “journalctl -u bramd” why.")
+                .arg(package)};
+}
+
+Outcome installOne(const Candidate &candidate, Context &context, bool wait, int timeoutMs)
+{
+    if (!candidate.complaint.isEmpty())
+        return {ExitStatus::Refused, candidate.complaint};
+    const InstallWatch watch(candidate.apk.packageName);
+    QDBusPendingReply<bool> reply = context.daemon().proxy().installFile(candidate.path);
+    const Outcome outcome = context.daemon().finish(reply);
+    if (!outcome.isDone())
+        return outcome;
+    if (!reply.value())
+        return refused(candidate.path);
+    context.out().line(
+        wait ? QStringLiteral("bramd has taken %1 (%2).")
+                   .arg(candidate.path, candidate.apk.packageName)
+             : QStringLiteral("bramd has taken %1 (%2). A notice tells when it is installed.")
+                   .arg(candidate.path, candidate.apk.packageName));
+    return wait ? waitForApp(candidate, watch, context, timeoutMs) : Outcome();
+}
+
+/// Each file is handed over, even if one before it was refused. Each failure is told at once, and
+/// the first is the status.
+Outcome install(const Invocation &invocation, Context &context)
+{
+    const int timeoutMs = Waiting::timeoutMs(invocation, InstallTimeoutS);
+    if (timeoutMs < 0)
+        return CommonTexts::badTimeout();
+    QVector<Candidate> candidates;
+    for (const QString &argument : invocation.arguments)
+        candidates.append(examine(argument));
+    const bool anyUsable =
+        std::any_of(candidates.cbegin(), candidates.cend(),
+                    [](const Candidate &candidate) { return candidate.complaint.isEmpty(); });
+    const Outcome ready = anyUsable ? context.requireStartableRuntime() : Outcome();
+    if (!ready.isDone())
+        return ready;
+
+    ExitStatus status = ExitStatus::Done;
+    for (const Candidate &candidate : candidates) {
+        const Outcome outcome =
+            installOne(candidate, context, invocation.has(QStringLiteral("--wait")), timeoutMs);
+        reportOutcome(outcome);
+        if (status == ExitStatus::Done)
+            status = outcome.status;
+    }
+    return {status, QString()};
+}
+
+Outcome remove(const Invocation &invocation, Context &context)
+{
+    const int timeoutMs = Waiting::timeoutMs(invocation, RemoveTimeoutS);
+    if (timeoutMs < 0)
+        return CommonTexts::badTimeout();
+    const QString &package = invocation.arguments.first();
+    const Outcome ready = context.requireStartableRuntime();
+    if (!ready.isDone())
+        return ready;
+    if (!AppEntries::isInstalled(package))
+        return CommonTexts::notInstalled(package);
+
+    QDBusPendingReply<bool> reply = context.daemon().proxy().removeFile(package);
+    const Outcome outcome = context.daemon().finish(reply);
+    if (!outcome.isDone())
+        return outcome;
+    if (!reply.value()) {
+        return {ExitStatus::Refused,
+                QStringLiteral("bramd has refused to remove %1: you may not remove apps on this "
+                               "phone. “journalctl -u bramd” tells more.")
+                    .arg(package)};
+    }
+
+    RuntimeUnit::State unit;
+    bool isGone = false;
+    const auto isSettled = [&] {
+        isGone = !AppEntries::isInstalled(package);
+        if (isGone)
+            return true;
+        unit = context.unit().read();
+        return !unit.outcome.isDone() || unit.activeState == QLatin1String("failed");
+    };
+    const bool inTime = Waiting::until(isSettled, timeoutMs);
+    if (isGone) {
+        context.out().line(QStringLiteral("%1 is removed.").arg(package));
+        return {};
+    }
+    if (!unit.outcome.isDone())
+        return unit.outcome;
+    if (inTime) {
+        return {ExitStatus::RuntimeUnavailable,
+                QStringLiteral("The Android runtime has failed, and %1 is still there. Start it "
+                               "with “bramctl start” and remove the app again.")
+                    .arg(package)};
+    }
+    return {ExitStatus::NotConfirmed,
+            QStringLiteral("%1 is still there. Apps that belong to the runtime itself cannot be "
+                           "removed; “journalctl -u bramd” tells more.")
+                .arg(package)};
+}
+
+} // namespace
+
+QVector<Command> packageCommands()
+{
+    return {
+        {QStringLiteral("install"),
+         {{QStringLiteral("FILE"), ArgumentKind::File, false, true}},
+         {{QStringLiteral("--wait"), QString(), ArgumentKind::Word,
+           QStringLiteral("Wait until the app is there"), false},
+          CommonTexts::timeoutOption(InstallTimeoutS)},
+         QStringLiteral("Install apps from APK files"),
+         QStringLiteral("FILE is a path or a file URL. The runtime is started if needed. Without "
+                        "--wait, done means that bramd took\nthe file; a notice tells what became "
+                        "of it. With several files and --wait, one is installed after the other."),
+         install},
+        {QStringLiteral("remove"),
+         {CommonTexts::packageArgument()},
+         {CommonTexts::timeoutOption(RemoveTimeoutS)},
+         QStringLiteral("Remove an app and its data"),
+         QStringLiteral("Waits until the host has forgotten the app. The runtime is started if "
+                        "needed."),
+         remove},
+    };
+}

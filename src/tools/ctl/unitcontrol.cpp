@@ -1,0 +1,148 @@
+#include "tools/ctl/unitcontrol.h"
+
+#include "tools/common/daemonclient.h"
+#include "tools/common/runtimeunit.h"
+#include "tools/ctl/context.h"
+#include "tools/ctl/waiting.h"
+
+#include <QDeadlineTimer>
+
+namespace UnitControl {
+
+namespace {
+
+constexpr int AutostartTimeoutMs = 10000;
+
+bool isActive(const RuntimeUnit::State &state)
+{
+    return state.activeState == QLatin1String("active");
+}
+
+bool hasFailed(const RuntimeUnit::State &state)
+{
+    return state.activeState == QLatin1String("failed");
+}
+
+Outcome notInTime(const QString &wanted, const RuntimeUnit::State &state)
+{
+    return {ExitStatus::NotConfirmed,
+            QStringLiteral("The Android runtime was not %1 in time; it is %2. “bramctl status” "
+                           "shows when that changes, and “journalctl -u umbravm” what it does.")
+                .arg(wanted, state.activeState)};
+}
+
+/// The unit as it is, or why nothing can be asked of the daemon.
+RuntimeUnit::State stateBefore(Context &context)
+{
+    RuntimeUnit::State state;
+    state.outcome = context.requireDaemon();
+    return state.outcome.isDone() ? context.unit().read() : state;
+}
+
+} // namespace
+
+Outcome start(Context &context, int timeoutMs)
+{
+    // A unit that had failed before shows so until systemd has begun, and again when the start
+    // fails at once, too fast to be seen.
+    constexpr int LookedFailedMs = 5000;
+
+    RuntimeUnit::State state = stateBefore(context);
+    if (!state.outcome.isDone())
+        return state.outcome;
+    if (isActive(state)) {
+        context.out().line(QStringLiteral("The Android runtime runs already."));
+        return {};
+    }
+
+    const bool failedBefore = hasFailed(state);
+    const Outcome taken = context.daemon().finish(context.daemon().proxy().controlService(true));
+    if (!taken.isDone())
+        return taken;
+    const QDeadlineTimer staysFailed(LookedFailedMs);
+    bool begun = !failedBefore;
+    const auto hasEnded = [&] {
+        state = context.unit().read();
+        begun = begun || !hasFailed(state);
+        return !state.outcome.isDone() || isActive(state) ||
+               (hasFailed(state) && (begun || staysFailed.hasExpired()));
+    };
+    const bool inTime = Waiting::until(hasEnded, timeoutMs);
+    if (!state.outcome.isDone())
+        return state.outcome;
+    if (!inTime)
+        return notInTime(QStringLiteral("active"), state);
+    if (hasFailed(state)) {
+        return {ExitStatus::RuntimeUnavailable,
+                QStringLiteral("The Android runtime has failed to start. “journalctl -u umbravm” "
+                               "tells why.")};
+    }
+    context.out().line(QStringLiteral("The Android runtime runs."));
+    return {};
+}
+
+Outcome stop(Context &context, int timeoutMs)
+{
+    RuntimeUnit::State state = stateBefore(context);
+    if (!state.outcome.isDone())
+        return state.outcome;
+    const auto hasStopped = [&state] {
+        return state.activeState == QLatin1String("inactive") || hasFailed(state);
+    };
+    if (hasStopped()) {
+        context.out().line(
+            QStringLiteral("The Android runtime does not run (%1).").arg(state.activeState));
+        return {};
+    }
+
+    const Outcome taken = context.daemon().finish(context.daemon().proxy().controlService(false));
+    if (!taken.isDone())
+        return taken;
+    const auto hasEnded = [&] {
+        state = context.unit().read();
+        return !state.outcome.isDone() || hasStopped();
+    };
+    const bool inTime = Waiting::until(hasEnded, timeoutMs);
+    if (!state.outcome.isDone())
+        return state.outcome;
+    if (!inTime)
+        return notInTime(QStringLiteral("stopped"), state);
+    if (hasFailed(state)) {
+        return {ExitStatus::Refused,
+                QStringLiteral("The Android runtime has stopped, but not in order. “journalctl -u "
+                               "umbravm” tells why.")};
+    }
+    context.out().line(QStringLiteral("The Android runtime has stopped."));
+    return {};
+}
+
+Outcome setAutostart(Context &context, bool enable)
+{
+    RuntimeUnit::State state = stateBefore(context);
+    if (!state.outcome.isDone())
+        return state.outcome;
+    const Outcome taken =
+        context.daemon().finish(context.daemon().proxy().controlServiceAutostart(enable));
+    if (!taken.isDone())
+        return taken;
+
+    const auto isSet = [&] {
+        state = context.unit().read();
+        return !state.outcome.isDone() || state.isEnabled() == enable;
+    };
+    const bool inTime = Waiting::until(isSet, AutostartTimeoutMs);
+    if (!state.outcome.isDone())
+        return state.outcome;
+    if (!inTime) {
+        return {ExitStatus::NotConfirmed,
+                QStringLiteral("systemd still says “%1” of umbravm.service. “systemctl is-enabled "
+                               "umbravm” shows when that changes.")
+                    .arg(state.unitFileState)};
+    }
+    context.out().line(enable
+                           ? QStringLiteral("The Android runtime starts at boot.")
+                           : QStringLiteral("The Android runtime starts only when it is needed."));
+    return {};
+}
+
+} // namespace UnitControl

@@ -1,0 +1,179 @@
+#include "support/testcase.h"
+#include "tools/ctl/doctor.h"
+
+#include <QtTest>
+
+namespace {
+
+const QByteArray Png = QByteArrayLiteral("\x89PNG\r\n\x1a\nIHDR");
+
+AppEntry entry(const QString &name, bool isHandler)
+{
+    AppEntry made;
+    made.path = QStringLiteral("/usr/share/applications/%1.desktop").arg(name);
+    made.packageName = QStringLiteral("a.b");
+    made.isHandler = isHandler;
+    return made;
+}
+
+HostState::Icon icon(const QString &name, const QByteArray &content = Png)
+{
+    return {QStringLiteral("/var/lib/bramd/%1.png").arg(name), true, content};
+}
+
+/// A host on which an app has a launcher and takes what is shared, and all is well.
+HostState soundHost()
+{
+    HostState host;
+    host.unitState = QStringLiteral("active");
+    host.sessionBusPath = QStringLiteral("/run/user/1/dbus/user_bus_socket");
+    host.entries = {entry(QStringLiteral("bramd_launcher_a"), false),
+                    entry(QStringLiteral("bramd_handler_a"), true)};
+    host.icons = {icon(QStringLiteral("bramd_launcher_a")),
+                  icon(QStringLiteral("bramd_handler_a"))};
+    host.settingsEntries =
+        QStringList(QStringLiteral("/usr/share/corvo-settings/entries/bramd_launcher_a.json"));
+    host.targets.state = ShareTargets::State::Filled;
+    return host;
+}
+
+/// The only finding; it has advice, too.
+QString finding(const HostState &host)
+{
+    const QVector<Finding> found = Doctor::examine(host);
+    if (found.size() != 1)
+        return QStringLiteral("%1 findings").arg(found.size());
+    return found.first().advice.isEmpty() ? QStringLiteral("no advice") : found.first().what;
+}
+
+} // namespace
+
+class DoctorTest : public TestCase
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void findsNothingOnASoundHost();
+    void findsServicesThatAreAway();
+    void findsAFailedUnitButNoStoppedOne();
+    void findsWhatEntriesLack();
+    void findsWhatBelongsToNobody();
+    void findsIconsThatAreNone();
+    void findsWhatTheUserCannotRead();
+    void missesNothingWhereItCannotLook();
+    void judgesTheRegistry();
+};
+
+void DoctorTest::findsNothingOnASoundHost()
+{
+    QCOMPARE(Doctor::examine(soundHost()), QVector<Finding>());
+}
+
+void DoctorTest::findsServicesThatAreAway()
+{
+    HostState host = soundHost();
+    host.systemBusReachable = false;
+    host.daemonKnown = false; // follows, and is not told
+    QCOMPARE(finding(host), QStringLiteral("The system bus cannot be reached."));
+
+    host = soundHost();
+    host.daemonKnown = false;
+    QVERIFY(finding(host).startsWith(QLatin1String("bramd does not run")));
+    host = soundHost();
+    host.runtimeImageThere = false;
+    QVERIFY(finding(host).contains(QLatin1String("/opt/umbra/system.img")));
+    host = soundHost();
+    host.unitComplaint = QStringLiteral("There is no unit.");
+    QCOMPARE(finding(host), QStringLiteral("There is no unit."));
+    host = soundHost();
+    host.sessionBusReachable = false;
+    QVERIFY(finding(host).contains(host.sessionBusPath));
+}
+
+void DoctorTest::findsAFailedUnitButNoStoppedOne()
+{
+    HostState host = soundHost();
+    host.unitState = QStringLiteral("inactive");
+    QCOMPARE(Doctor::examine(host), QVector<Finding>());
+    host.unitState = QStringLiteral("failed");
+    QVERIFY(finding(host).startsWith(QLatin1String("The Android runtime has failed")));
+}
+
+void DoctorTest::findsWhatEntriesLack()
+{
+    HostState host = soundHost();
+    host.icons.removeLast();
+    QCOMPARE(finding(host), QStringLiteral("The desktop entry /usr/share/applications/"
+                                           "bramd_handler_a.desktop has no icon."));
+    host = soundHost();
+    host.settingsEntries.clear();
+    QCOMPARE(finding(host), QStringLiteral("The app a.b has no page in the settings."));
+    host = soundHost();
+    host.entries.first().packageName.clear();
+    QVERIFY(finding(host).endsWith(QLatin1String("names no app.")));
+}
+
+void DoctorTest::findsWhatBelongsToNobody()
+{
+    HostState host = soundHost();
+    host.icons.append(icon(QStringLiteral("bramd_launcher_gone")));
+    QCOMPARE(finding(host), QStringLiteral("The icon /var/lib/bramd/bramd_launcher_gone.png "
+                                           "belongs to no desktop entry."));
+    host = soundHost();
+    host.settingsEntries.append(
+        QStringLiteral("/usr/share/corvo-settings/entries/bramd_launcher_gone.json"));
+    QVERIFY(finding(host).endsWith(QLatin1String("bramd_launcher_gone.json belongs to no app.")));
+}
+
+void DoctorTest::findsIconsThatAreNone()
+{
+    for (const QByteArray &content : {QByteArray(), QByteArray("GIF89a"), Png.left(7)}) {
+        HostState host = soundHost();
+        host.icons.first().content = content;
+        QCOMPARE(finding(host),
+                 QStringLiteral("The icon /var/lib/bramd/bramd_launcher_a.png is no PNG file."));
+    }
+}
+
+void DoctorTest::findsWhatTheUserCannotRead()
+{
+    HostState host = soundHost();
+    host.entries.first().isReadable = false;
+    QVERIFY(finding(host).startsWith(QLatin1String("You cannot read the desktop entry")));
+    host = soundHost();
+    host.icons.first().isReadable = false;
+    QVERIFY(finding(host).startsWith(QLatin1String("You cannot read the icon")));
+    host = soundHost();
+    host.targets.state = ShareTargets::State::Unreadable;
+    QVERIFY(finding(host).startsWith(QLatin1String("You cannot read the sharing registry")));
+}
+
+void DoctorTest::missesNothingWhereItCannotLook()
+{
+    HostState host = soundHost();
+    host.icons.clear();
+    host.targets.state = ShareTargets::State::Missing;
+    host.unreadableDirectories = QStringList(QStringLiteral("/var/lib/bramd/"));
+    QCOMPARE(finding(host), QStringLiteral("You cannot read the directory /var/lib/bramd/."));
+
+    host = soundHost();
+    host.settingsEntries.clear();
+    host.unreadableDirectories = QStringList(QStringLiteral("/usr/share/corvo-settings/entries/"));
+    QVERIFY(finding(host).startsWith(QLatin1String("You cannot read the directory")));
+}
+
+void DoctorTest::judgesTheRegistry()
+{
+    HostState host = soundHost();
+    host.targets.state = ShareTargets::State::Empty;
+    QVERIFY(finding(host).startsWith(QLatin1String("No app is offered for sharing")));
+    host.entries.last().mimeTypes = QStringList(QStringLiteral("a/b")); // opens, takes no shares
+    QCOMPARE(Doctor::examine(host), QVector<Finding>());
+    host.targets.state = ShareTargets::State::Missing;
+    QVERIFY(finding(host).startsWith(QLatin1String("There is no sharing registry")));
+    host.targets.state = ShareTargets::State::Damaged;
+    QVERIFY(finding(host).endsWith(QLatin1String("is damaged.")));
+}
+
+QTEST_GUILESS_MAIN(DoctorTest)
+#include "tst_doctor.moc"
