@@ -1,0 +1,174 @@
+"""What bramctl says when the daemon, the bus or the runtime is away, or of a senseless call."""
+
+from pathlib import Path
+
+import pytest
+
+from phone.runtime import IMAGE
+
+from bramctl import (DONE, NO_RUNTIME, NOT_CONFIRMED, REFUSED, UNREACHABLE, USAGE, bramctl)
+from conditions import needs_other_users
+from daemonsteps import DAEMON
+from hostfiles import APPLICATIONS, ICONS, SETTINGS, download
+
+BLACKLIST = Path("/etc/bramd/app-blacklist")
+INVOKER = Path("/usr/bin/invoker")
+STORE_CLIENT = Path("/usr/bin/store-client")
+
+APP = "org.example.weather"
+
+# Commands that ask the daemon for something.
+ASKING = [
+    ["start"], ["stop"], ["restart"], ["autostart", "on"], ["install", "{apk}"],
+    ["install", "{apk}", "--wait"], ["remove", APP], ["launch", APP], ["intent"],
+    ["open-settings", APP], ["licenses"], ["share", "Hello", "--to", f"{APP}/x"], ["size", APP],
+    ["usage"], ["clear-cache", APP], ["clear-data", APP, "--yes"], ["stop-app", APP],
+    ["boot", APP], ["boot", APP, "on"], ["version"], ["status"],
+]
+NEEDS_RUNNING = [["size", APP], ["clear-cache", APP], ["clear-data", APP, "--yes"],
+                 ["stop-app", APP], ["boot", APP], ["boot", APP, "off"]]
+STARTS_IT = [["install", "{apk}"], ["remove", APP], ["launch", APP], ["intent"],
+             ["open-settings", APP], ["licenses"], ["share", "Hello", "--to", f"{APP}/x"]]
+
+
+def run(words, **environment):
+    return bramctl(*(word.format(apk=download("weather")) for word in words), **environment)
+
+
+def test_without_a_daemon(phone):
+    del phone
+    for words in ASKING:
+        run(words).failed(UNREACHABLE, "bramd does not run and cannot be started",
+                          'Look at "systemctl status bramd"')
+
+
+def test_without_a_bus(phone):
+    phone.start_daemon()
+    for words in [*ASKING, ["monitor"]]:
+        run(words, DBUS_SYSTEM_BUS_ADDRESS="unix:path=/nowhere").failed(
+            UNREACHABLE, "The system bus cannot be reached", "systemctl status dbus")
+    for words in (["list"], ["hidden"], ["targets"], ["help"], ["bugreport"]):
+        assert run(words, DBUS_SYSTEM_BUS_ADDRESS="unix:path=/nowhere").status == DONE
+
+
+def test_with_a_stopped_runtime(phone):
+    phone.start_daemon()
+    for words in NEEDS_RUNNING:
+        run(words).failed(NO_RUNTIME, "does not run (it is inactive)", "bramctl start")
+    assert phone.unit.state() == "inactive"
+
+
+def test_with_a_failed_runtime(phone):
+    phone.start_daemon()
+    phone.unit.show("failed", "failed")
+    for words in [*NEEDS_RUNNING, *STARTS_IT, ["status"]]:
+        run(words).failed(NO_RUNTIME, "has failed", "bramctl start", "journalctl -u umbravm")
+    assert phone.unit.state() == "failed"
+
+
+def test_without_the_runtimes_unit(phone):
+    phone.start_daemon()
+    phone.unit.process.stop()
+    phone.unit = None
+    for words in [["status"], *NEEDS_RUNNING, *STARTS_IT, ["start"], ["stop"]]:
+        run(words).failed(NO_RUNTIME, "systemctl status umbravm.service")
+
+
+@needs_other_users
+def test_without_the_runtimes_image(phone):
+    phone.start_daemon()
+    (IMAGE / "system.img").unlink()
+    for program in (INVOKER, STORE_CLIENT):
+        program.write_text("#!/bin/sh\n", encoding="utf-8")
+        program.chmod(0o755)
+    try:
+        bramctl("install", download("weather")).failed(NO_RUNTIME, "not installed", "store")
+    finally:
+        for program in (INVOKER, STORE_CLIENT):
+            program.unlink()
+    phone.daemon.log.expect("QRT is not installed, offering installation", "warning", DAEMON)
+
+
+def test_a_daemon_that_hangs_is_not_waited_for_for_ever(phone):
+    phone.start_daemon()
+    phone.daemon.process.pause()
+    try:
+        bramctl("licenses").failed(NOT_CONFIRMED, "has not answered within 60 s")
+    finally:
+        phone.daemon.process.go_on()
+    phone.unit.wait_for_state("active")
+
+
+@pytest.mark.parametrize(("words", "says"), [
+    ([], "A command is missing."),
+    (["nonsense"], "There is no command “nonsense”."),
+    (["install"], "FILE is missing. Usage: bramctl install FILE..."),
+    (["list", "--colour"], "There is no option --colour."),
+    (["start", "--json"], "There is no option --json."),
+    (["remove", "a", "b"], "“b” is one argument too many."),
+    (["autostart", "yes"], "“yes” is neither “on” nor “off”."),
+    (["share", "Hello"], "--to PKG/CLASS is missing."),
+    (["install", "x.apk", "--wait", "--timeout", "soon"], "--timeout takes a number of seconds"),
+    (["start", "--timeout", "0"], "--timeout takes a number of seconds"),
+    (["intent", "--class", "x"], "--class counts only together with --package."),
+    (["intent", "--extra-int", "a=b"], "--extra-int takes KEY=NUMBER"),
+    (["help", "nonsense"], "There is no command “nonsense”."),
+    (["launch", ""], "An argument is empty."),
+])
+def test_a_senseless_call_is_refused(phone, words, says):
+    phone.start_daemon()
+    bramctl(*words).failed(USAGE, says)
+    assert phone.unit.state() == "inactive"
+
+
+def test_an_empty_registry_is_explained(phone):
+    phone.start_daemon()
+    bramctl("targets").done("bramctl start")
+    bramctl("share", "Hello", "--to", "a/b").failed(NO_RUNTIME, "bramctl start")
+
+
+@pytest.mark.parametrize(("content", "says"), [(b"{", "damaged"), (None, "no sharing registry")])
+def test_a_registry_that_cannot_be_used_is_explained(phone, content, says):
+    phone.start_daemon()
+    registry = ICONS / "sharing.json"
+    registry.write_bytes(content) if content else registry.unlink()
+    bramctl("targets").failed(REFUSED, says, "bramd")
+    assert says in bramctl("doctor").out
+
+
+def test_the_doctor_tells_what_is_wrong(phone):
+    phone.start_daemon()
+    phone.unit.show("failed", "failed")
+    entry = APPLICATIONS / "bramd_launcher_a-a_B.desktop"
+    entry.write_text("[Desktop Entry]\nName=A\nX-bramd-packageName=a\n"
+                     "Exec=bramd-launcher a.apk a/a.B\n", encoding="utf-8")
+    (APPLICATIONS / "bramd_launcher_b-b_B.desktop").write_text("", encoding="utf-8")
+    (APPLICATIONS / "bramd_handler_a-a_C.desktop").write_text(
+        "[Desktop Entry]\nX-bramd-packageName=a\nNoDisplay=true\n", encoding="utf-8")
+    (ICONS / "bramd_launcher_c-c_C.png").write_bytes(b"\x89PNG\r\n\x1a\n")
+    (ICONS / "bramd_handler_a-a_C.png").write_bytes(b"\x89PNG\r\n\x1a\n")
+    (SETTINGS / "bramd_launcher_c-c_C.json").write_text("{}", encoding="utf-8")
+    answer = bramctl("doctor")
+    assert answer.status == REFUSED
+    for finding in ("The Android runtime has failed",
+                    f"The desktop entry {entry} has no icon.",
+                    "The app a has no page in the settings.",
+                    "bramd_launcher_b-b_B.desktop names no app.",
+                    f"The icon {ICONS}/bramd_launcher_c-c_C.png belongs to no desktop entry.",
+                    f"The settings entry {SETTINGS}/bramd_launcher_c-c_C.json belongs to no app.",
+                    "No app is offered for sharing, though there are some that take it."):
+        assert finding in answer.out, answer
+    assert "bramctl start" in answer.out
+
+
+def test_the_doctor_finds_a_session_bus_that_is_away(phone):
+    phone.start_daemon()
+    phone.session_bus.stop()
+    assert "The session bus cannot be reached at /run/user/" in bramctl("doctor").out
+
+
+def test_an_unreadable_blacklist_is_left_alone(phone):
+    phone.start_daemon()
+    BLACKLIST.mkdir(parents=True)
+    bramctl("hide", APP).failed(REFUSED, "/etc/bramd/app-blacklist cannot be read")
+    bramctl("hidden").failed(REFUSED, "/etc/bramd/app-blacklist cannot be read")
