@@ -30,9 +30,9 @@ class Machine:
             *accelerator, "-smp", str(PROCESSORS), "-m", str(MEMORY_MB),
             "-nodefaults", "-no-user-config", "-no-reboot", "-display", "none", "-vga", "none",
             "-kernel", image.kernel, "-initrd", image.initrd,
-            "-append", "root=/dev/vda rw console=ttyS0 panic=-1 quiet mitigations=off"
+            "-append", "root=/dev/vda rw console=ttyS0 panic=-1 quiet mitigations=off init_on_alloc=0"
                        f" module_blacklist={NEEDLESS}",
-            "-drive", f"file={image.disk},format=raw,if=virtio,snapshot=on",
+            "-drive", f"file={image.disk},format=raw,if=virtio,snapshot=on,cache=unsafe",
             "-device", "virtio-rng-pci", "-device", "virtio-serial-pci",
             "-chardev", f"socket,id=console,path={self.console_socket},server=on,wait=off,"
                         f"logfile={self.console}",
