@@ -12,9 +12,9 @@ CONNECTED = [f"Connected to Umbra Service {name}"
              for name in ("package", "activity", "alarm", "umbra")]
 
 
-def download(name, as_name=None):
-    """Puts one of the build's APKs into the user's download folder, as the user's file."""
-    target = DOWNLOADS / (as_name or f"{name}.apk")
+def download(name, directory=DOWNLOADS):
+    """Puts one of the build's APKs into a directory, as the user's file."""
+    target = directory / f"{name}.apk"
     shutil.copyfile(APKS / f"{name}.apk", target)
     shutil.chown(target, USER, USER)
     return target
@@ -34,10 +34,10 @@ def request(method, argument, user=USER):
     return done.stdout == "b true\n"
 
 
-def install(phone, name):
+def install(phone, name, directory=DOWNLOADS):
     """Installs an APK as the user, and waits until the user is told."""
     told = len(phone.notifications.notices())
-    assert request("installFile", download(name))
+    assert request("installFile", download(name, directory))
     return phone.notifications.wait_for_notice(told + 1, timeout=PATIENCE_S)
 
 
