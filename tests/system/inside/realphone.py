@@ -7,6 +7,7 @@ import os
 import subprocess
 from pathlib import Path
 
+from phone import waiting
 from phone.buses import BusConnection
 from phone.daemon import INTERFACE, OBJECT, SERVICE
 from phone.daemonlog import DaemonLog
@@ -26,7 +27,8 @@ RUNTIME_UNIT = "umbravm.service"
 LOGIN_UNIT = "getty@tty1.service"
 
 # What is emulated takes its time.
-PATIENCE_S = 120
+waiting.slowness = 6
+PATIENCE_S = 20
 
 
 def run(*words, check=True, **arguments):
@@ -76,6 +78,13 @@ class DaemonUnit:
         return int(show(DAEMON_UNIT, "MainPID"))
 
 
+class TimeDate:
+    """The host's time zone."""
+
+    def set_zone(self, zone):
+        run("timedatectl", "set-timezone", zone)
+
+
 class RealPhone:
     """The attributes are those of sim/phone's Phone."""
 
@@ -83,6 +92,7 @@ class RealPhone:
         self.system_bus = BusConnection("system", SYSTEM_BUS)
         self.bramd = self.system_bus.object(SERVICE, OBJECT, INTERFACE)
         self.session_bus = self.notifications = None
+        self.timedate = TimeDate()
         self.unit = Unit(self.system_bus, start=False)
         self.runtime = Runtime(os.environ["BRAMD_BUILD_DIR"], sdk)
         self._log_reader = Process("bramd-log", [

@@ -54,6 +54,6 @@ def test_it_follows_the_hosts_time_zone(phone):
     told = phone.runtime.control("state")["timezone"]
     assert told == run("timedatectl", "show", "--property=Timezone", "--value").stdout.strip()
     for zone in ("Asia/Kathmandu", "Europe/Helsinki"):
-        run("timedatectl", "set-timezone", zone)
+        phone.timedate.set_zone(zone)
         wait_for(lambda name=zone: phone.runtime.control("state")["timezone"] == name, zone,
                  PATIENCE_S)

@@ -56,7 +56,7 @@ def test_the_runtime_is_offered_by_a_program_of_the_users(phone):
         listener.bind(str(INVOKER_SOCKET))
         INVOKER_SOCKET.chmod(0o666)
         listener.listen()
-        listener.settimeout(PATIENCE_S)
+        listener.settimeout(120)
         INVOKER.write_text(TELLING_INVOKER, encoding="utf-8")
         INVOKER.chmod(0o755)
         (IMAGE / "system.img").unlink()
