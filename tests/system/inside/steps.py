@@ -2,7 +2,7 @@
 
 import shutil
 
-from hostfiles import APKS, DOWNLOADS
+from hostfiles import APKS, APPLICATIONS, DOWNLOADS, SETTINGS, traces
 from phone.waiting import wait_for
 
 from realphone import PATIENCE_S, USER, as_user
@@ -39,6 +39,13 @@ def install(phone, name, directory=DOWNLOADS):
     told = len(phone.notifications.notices())
     assert request("installFile", download(name, directory))
     return phone.notifications.wait_for_notice(told + 1, timeout=PATIENCE_S)
+
+
+def wait_for_entries(count):
+    """Until an app's desktop entries and its settings entry are complete, not just being written."""
+    wait_for(lambda: len(list(APPLICATIONS.glob("bramd_*.desktop"))) == count
+             and len(list(SETTINGS.glob("bramd_*.json"))) == 1, lambda: f"the rest of {traces()}",
+             PATIENCE_S)
 
 
 def wait_until_connected(phone, since):

@@ -6,24 +6,18 @@ import shutil
 import pytest
 from gi.repository import GLib
 
-from hostfiles import (APPLICATIONS, ICONS, INCOMING, PACKAGED, SETTINGS, SHARING, entries,
-                       icon_path, owner_and_mode, read_json, settings_path, traces)
+from hostfiles import (APPLICATIONS, ICONS, INCOMING, PACKAGED, SHARING, entries, icon_path,
+                       owner_and_mode, read_json, settings_path, traces)
 from launches import launched_packages, started_intents
 from parcels import ADD_LAUNCHER, COMPLETE, launcher
 from phone.waiting import wait_for
 
 from realphone import DAEMON_UNIT, PATIENCE_S, USER, run, show
-from steps import download, install, request, start_runtime, wait_until_connected
+from steps import (download, install, request, start_runtime, wait_for_entries,
+                   wait_until_connected)
 
 PAPERTRAIL = "org.example.papertrail"
 WEATHER = "org.example.weather"
-
-
-def wait_for_papertrail():
-    """Until its desktop entries and its settings entry are complete, not just being written."""
-    wait_for(lambda: len(list(APPLICATIONS.glob("bramd_*.desktop"))) == 5
-             and len(list(SETTINGS.glob("bramd_*.json"))) == 1, lambda: f"the rest of {traces()}",
-             PATIENCE_S)
 
 
 def test_an_install_starts_the_runtime_and_brings_the_app_to_the_host(phone):
@@ -32,7 +26,7 @@ def test_an_install_starts_the_runtime_and_brings_the_app_to_the_host(phone):
     assert notice["summary"].startswith("App installed: ")
     assert phone.unit.state() == "active"
     wait_until_connected(phone, since)
-    wait_for_papertrail()
+    wait_for_entries(5)
     assert owner_and_mode(INCOMING / "papertrail.apk") == (0, 0, 0o644)
     launcher = next(APPLICATIONS.glob("bramd_launcher_*.desktop"))
     assert owner_and_mode(launcher) == (0, 0, 0o644)
@@ -83,7 +77,7 @@ def test_an_app_of_a_host_package_takes_the_package_with_it(phone, tmp_path):
     run("dpkg-deb", "--build", "--root-owner-group", package, tmp_path / "weather.deb")
     run("dpkg", "--install", tmp_path / "weather.deb")
     assert phone.bramd.call("installFile", "s", str(PACKAGED / f"{WEATHER}.apk"))
-    wait_for(entries, "the desktop entry", PATIENCE_S)
+    wait_for_entries(1)
     assert not phone.notifications.notices()
 
     assert request("removeFile", WEATHER)
@@ -120,7 +114,7 @@ def test_a_full_disk_spoils_nothing_that_was_there(phone, directory):
         if directory == ICONS:
             assert request("installFile", download("papertrail"))
             phone.daemon.log.expect(re.compile('Unable to write icon: .*'), timeout=PATIENCE_S)
-            wait_for_papertrail()
+            wait_for_entries(5)
             assert request("removeFile", "org.example.papertrail")
             wait_for(lambda: not entries(), "the end of the entries", PATIENCE_S)
         else:

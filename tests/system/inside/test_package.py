@@ -2,12 +2,12 @@
 
 from pathlib import Path
 
-from hostfiles import APPLICATIONS, INCOMING, traces
+from hostfiles import APPLICATIONS, INCOMING
 from phone.daemon import SERVICE
-from phone.waiting import wait_for
 
 from realphone import DAEMON_UNIT, PATIENCE_S, RUNTIME_UNIT, run, systemctl
-from steps import download, install, request, start_runtime, wait_until_connected
+from steps import (download, install, request, start_runtime, wait_for_entries,
+                   wait_until_connected)
 
 PACKAGES = sorted(Path("/opt/bramd-system/packages").glob("*.deb"))
 OURS = ("/var/lib/bramd", "/usr/share/bramd", "/etc/bramd", "/etc/default/bramd",
@@ -32,7 +32,7 @@ def test_an_upgrade_keeps_the_daemon_and_what_waits_in_it(phone):
 def test_purge_leaves_nothing(phone):
     start_runtime(phone)
     install(phone, "papertrail")
-    wait_for(traces, "the app", PATIENCE_S)
+    wait_for_entries(5)
     run("dpkg", "--remove", "bramd")
     try:
         assert not phone.system_bus.has_owner(SERVICE)

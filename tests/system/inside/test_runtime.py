@@ -4,7 +4,7 @@ from phone.waiting import wait_for
 
 from hostfiles import entries
 from realphone import PATIENCE_S, RUNTIME_UNIT, run, show, systemctl
-from steps import install, start_runtime, wait_until_connected
+from steps import install, start_runtime, wait_for_entries, wait_until_connected
 
 
 def test_it_is_started_and_stopped_on_request(phone):
@@ -20,7 +20,7 @@ def test_it_is_started_and_stopped_on_request(phone):
 def test_apps_are_back_after_it_is_started_anew(phone):
     start_runtime(phone)
     install(phone, "weather")
-    wait_for(entries, "the desktop entry", PATIENCE_S)
+    wait_for_entries(1)
     before, since = entries(), phone.daemon.log.mark()
     systemctl("restart", RUNTIME_UNIT)
     wait_until_connected(phone, since)
@@ -30,7 +30,7 @@ def test_apps_are_back_after_it_is_started_anew(phone):
 def test_apps_are_back_after_its_processes_were_killed(phone):
     start_runtime(phone)
     install(phone, "weather")
-    wait_for(entries, "the desktop entry", PATIENCE_S)
+    wait_for_entries(1)
     before = entries()
     systemctl("kill", "--kill-whom=all", "--signal=KILL", RUNTIME_UNIT)
     phone.unit.wait_for_state("failed", PATIENCE_S)

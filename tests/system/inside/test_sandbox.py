@@ -4,12 +4,10 @@ import json
 import socket
 from pathlib import Path
 
-from hostfiles import entries
 from phone.runtime import IMAGE
-from phone.waiting import wait_for
 
-from realphone import PATIENCE_S, SESSION_BUS, USER, USER_ID, run
-from steps import download, install, request, start_runtime
+from realphone import SESSION_BUS, USER, USER_ID, run
+from steps import download, install, request, start_runtime, wait_for_entries
 
 CARD = Path("/run/media") / USER / "card"
 INVOKER = Path("/usr/bin/invoker")
@@ -36,7 +34,7 @@ def test_the_daemon_is_in_the_sandbox(phone):
 def test_an_app_is_installed_from_tmp(phone):
     start_runtime(phone)
     install(phone, "weather", Path("/tmp"))
-    wait_for(entries, "the desktop entry", PATIENCE_S)
+    wait_for_entries(1)
 
 
 def test_an_app_is_installed_from_a_card_that_was_inserted_later(phone):
@@ -45,7 +43,7 @@ def test_an_app_is_installed_from_a_card_that_was_inserted_later(phone):
     run("mount", "-t", "tmpfs", "card", CARD)
     try:
         install(phone, "weather", CARD)
-        wait_for(entries, "the desktop entry", PATIENCE_S)
+        wait_for_entries(1)
     finally:
         run("umount", CARD)
 
