@@ -10,6 +10,7 @@ from steps import (download, install, request, start_runtime, wait_for_entries,
                    wait_until_connected)
 
 PACKAGES = sorted(Path("/opt/bramd-system/packages").glob("*.deb"))
+NAMES = [path.name.partition("_")[0] for path in PACKAGES]
 OURS = ("/var/lib/bramd", "/usr/share/bramd", "/etc/bramd", "/etc/default/bramd",
         "/usr/share/corvo-settings", "/etc/dbus-1/system.d/com.corvo.bramd-users.conf")
 
@@ -33,11 +34,11 @@ def test_purge_leaves_nothing(phone):
     start_runtime(phone)
     install(phone, "papertrail")
     wait_for_entries(5)
-    run("dpkg", "--remove", "bramd")
+    run("dpkg", "--remove", *NAMES)
     try:
         assert not phone.system_bus.has_owner(SERVICE)
         assert run("systemctl", "is-active", DAEMON_UNIT, check=False).stdout == "inactive\n"
-        run("dpkg", "--purge", "bramd")
+        run("dpkg", "--purge", *NAMES)
         assert not list(APPLICATIONS.glob("bramd_*"))
         assert "bramd_" not in (APPLICATIONS / "mimeinfo.cache").read_text("utf-8")
         assert [path for path in (*map(Path, OURS), INCOMING) if path.exists()] == []
