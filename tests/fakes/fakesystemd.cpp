@@ -116,5 +116,7 @@ QDBusMessage FakeSystemd::Object::answer(const QDBusMessage &message) const
             return message.createErrorReply(QDBusError::AccessDenied, QStringLiteral("No."));
         return message.createReply(m_unit.properties);
     }
+    if (message.member() == QStringLiteral("GetUnitFileState") && !m_unit.fileState.isEmpty())
+        return message.createReply(m_unit.fileState);
     return message.createReply();
 }

@@ -22,6 +22,7 @@ public:
         bool loadable = true; ///< else LoadUnit is answered with the error "Unit is masked."
         bool readable = true; ///< else GetAll is answered with an error
         QVariantMap properties;
+        QString fileState; ///< what GetUnitFileState is answered with, unless it is empty
     };
 
     static QVariantMap properties(const QString &activeState, const QString &subState,

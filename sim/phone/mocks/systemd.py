@@ -61,6 +61,10 @@ class Unit:
     def state(self):
         return str(self._object.props[UNIT_IFACE]["ActiveState"])
 
+    @property
+    def file_state(self):
+        return str(self._object.props[UNIT_IFACE]["UnitFileState"])
+
     def job(self, kind):
         path = f"{MAIN_OBJ}/job/{self._next_job}"
         number, self._next_job = self._next_job, self._next_job + 1
@@ -152,6 +156,12 @@ def LoadUnit(self, name):
             "Access denied", name="org.freedesktop.DBus.Error.AccessDenied")
     _check_name(name)
     return dbus.ObjectPath(UNIT_PATH)
+
+
+@dbus.service.method(MAIN_IFACE, in_signature="s", out_signature="s")
+def GetUnitFileState(self, name):
+    _check_name(name)
+    return self.unit.file_state
 
 
 @dbus.service.method(MAIN_IFACE, in_signature="ss", out_signature="o")

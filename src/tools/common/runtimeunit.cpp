@@ -79,7 +79,13 @@ RuntimeUnit::State RuntimeUnit::read() const
     State state;
     state.activeState = properties.value(QStringLiteral("ActiveState")).toString();
     state.subState = properties.value(QStringLiteral("SubState")).toString();
-    state.unitFileState = properties.value(QStringLiteral("UnitFileState")).toString();
+    // A unit that is loaded keeps the property as it was, until somebody reloads systemd, which the
+    // daemon does not do after it has enabled the unit. The manager looks at the files.
+    const QDBusReply<QString> fileState = m_bus.call(
+        managerCall(QStringLiteral("GetUnitFileState")) << Unit, QDBus::Block, m_timeoutMs);
+    state.unitFileState = fileState.isValid()
+                              ? fileState.value()
+                              : properties.value(QStringLiteral("UnitFileState")).toString();
     return state;
 }
 

@@ -27,6 +27,7 @@ private Q_SLOTS:
     void init();
     void cleanup();
     void the_state_is_what_systemd_says();
+    void the_unit_file_is_looked_at_anew();
     void only_enabled_is_enabled_data();
     void only_enabled_is_enabled();
     void a_unit_that_systemd_has_no_file_of_is_missing();
@@ -70,6 +71,17 @@ void TestRuntimeUnit::the_state_is_what_systemd_says()
     QCOMPARE(state.activeState, QStringLiteral("active"));
     QCOMPARE(state.subState, QStringLiteral("running"));
     QCOMPARE(state.unitFileState, QStringLiteral("enabled"));
+}
+
+void TestRuntimeUnit::the_unit_file_is_looked_at_anew()
+{
+    FakeSystemd::Unit unit;
+    unit.properties = FakeSystemd::properties(QStringLiteral("active"), QStringLiteral("running"),
+                                              QStringLiteral("disabled"));
+    unit.fileState = QStringLiteral("enabled");
+    FakeSystemd systemd(m_bus->address(), unit);
+
+    QCOMPARE(RuntimeUnit(client()).read().unitFileState, QStringLiteral("enabled"));
 }
 
 void TestRuntimeUnit::only_enabled_is_enabled_data()
