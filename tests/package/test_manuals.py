@@ -1,13 +1,17 @@
 """The manual pages."""
 
 import os
+import re
 import subprocess
+from pathlib import Path
 
 import pytest
 
+from conftest import SOURCES
 
 @pytest.mark.parametrize("page", ["man8/bramd.8", "man5/app-blacklist.5",
-                                  "man1/bramd-launcher.1", "man1/bramd-open-apk.1"])
+                                  "man1/bramctl.1", "man1/bramd-launcher.1",
+                                  "man1/bramd-open-apk.1"])
 def test_a_page_is_typeset_without_a_warning(installed, page):
     shown = subprocess.run(
         ["man", "--warnings", "-E", "UTF-8", "-l", "-Tutf8", "-Z",
@@ -16,3 +20,24 @@ def test_a_page_is_typeset_without_a_warning(installed, page):
         env={**os.environ, "LC_ALL": "C.UTF-8", "MANWIDTH": "80"})
     assert shown.stderr == ""
     assert "DESCRIPTION" in shown.stdout
+
+
+def bramctl(*words):
+    return subprocess.run([Path(os.environ["BRAMD_BUILD_DIR"]) / "bin/bramctl", *words], check=True,
+                          capture_output=True, text=True).stdout
+
+
+def test_the_page_of_bramctl_has_every_command_and_option():
+    table = bramctl("--help").split("Commands:\n")[1].split("\n\n")[0]
+    commands = [line.split()[0] for line in table.splitlines()]
+    pages = [bramctl("help", command) for command in commands]
+    expected = []
+    for page in pages:
+        expected.append(page.splitlines()[0].removeprefix("Usage: bramctl "))
+        options = page.partition("\nOptions:\n")[2].splitlines()
+        expected += [re.split("  +", line.strip())[0] for line in options]
+
+    text = (SOURCES / "data/man/bramctl.1").read_text(encoding="utf-8").replace("\\-", "-")
+    section = text.split(".SH COMMANDS\n")[1].split(".SH ")[0]
+    assert re.findall(r"^\.TP\n\.B (.*)$", section, re.MULTILINE) == expected
+    assert len(commands) > 20
