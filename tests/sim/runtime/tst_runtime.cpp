@@ -334,10 +334,13 @@ void RuntimeTest::announcesEverythingToALauncherThatComesLater()
         QStringLiteral("1|org.example.metronome|org.example.metronome.MainActivity|Metronome|1.0|"
                        "icon"),
         QStringLiteral("2")};
-    QTRY_COMPARE(announcements.calls, all);
+    // Before them may come the beginning of what the install itself announces, on its way when the
+    // launcher came.
+    QTRY_COMPARE(announcements.calls.mid(announcements.calls.size() - all.size()), all);
 
+    announcements.calls.clear();
     QVERIFY(m_runtime->control(command("announce")).value(QStringLiteral("ok")).toBool());
-    QTRY_COMPARE(announcements.calls, all + all);
+    QTRY_COMPARE(announcements.calls, all);
 }
 
 void RuntimeTest::announcesAnewAfterARestart()
