@@ -116,14 +116,18 @@ Outcome size(const Invocation &invocation, Context &context)
     return {status, QString()};
 }
 
+/// The size of an app that the host must know, on a runtime that must run.
+Outcome readSizeOfApp(Context &context, const QString &package, AppSizeInfo &size)
+{
+    const Outcome ready = requireApp(context, package);
+    return ready.isDone() ? readSize(context, package, size) : ready;
+}
+
 Outcome clearCache(const Invocation &invocation, Context &context)
 {
     const QString &package = invocation.arguments.first();
-    const Outcome ready = requireApp(context, package);
-    if (!ready.isDone())
-        return ready;
     AppSizeInfo before;
-    const Outcome known = readSize(context, package, before);
+    const Outcome known = readSizeOfApp(context, package, before);
     if (!known.isDone())
         return known;
 
@@ -153,11 +157,8 @@ Outcome clearCache(const Invocation &invocation, Context &context)
 Outcome clearData(const Invocation &invocation, Context &context)
 {
     const QString &package = invocation.arguments.first();
-    const Outcome ready = requireApp(context, package);
-    if (!ready.isDone())
-        return ready;
     AppSizeInfo before;
-    const Outcome known = readSize(context, package, before);
+    const Outcome known = readSizeOfApp(context, package, before);
     if (!known.isDone())
         return known;
     const QString question =
