@@ -32,7 +32,8 @@ QString text(const QDBusMessage &call)
 QVariantMap FakeSystemd::properties(const QString &activeState, const QString &subState,
                                     const QString &unitFileState)
 {
-    return {{QStringLiteral("ActiveState"), activeState},
+    return {{QStringLiteral("LoadState"), QStringLiteral("loaded")},
+            {QStringLiteral("ActiveState"), activeState},
             {QStringLiteral("SubState"), subState},
             {QStringLiteral("UnitFileState"), unitFileState}};
 }

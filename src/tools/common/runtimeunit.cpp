@@ -13,14 +13,33 @@ const QString PropertiesInterface = QStringLiteral("org.freedesktop.DBus.Propert
 const QString UnitInterface = QStringLiteral("org.freedesktop.systemd1.Unit");
 const QString Unit = QStringLiteral("umbravm.service");
 
-RuntimeUnit::State missing()
+RuntimeUnit::State unstartable(const QString &why)
 {
     RuntimeUnit::State state;
-    state.isMissing = true;
-    state.outcome = {ExitStatus::RuntimeUnavailable,
-                     QStringLiteral("The Android runtime is not installed: systemd knows no unit "
-                                    "umbravm.service. Install the runtime first.")};
+    state.isUnstartable = true;
+    state.outcome = {ExitStatus::RuntimeUnavailable, why};
     return state;
+}
+
+RuntimeUnit::State missing()
+{
+    return unstartable(QStringLiteral("The Android runtime is not installed: systemd knows no unit "
+                                      "umbravm.service. Install the runtime first."));
+}
+
+RuntimeUnit::State masked()
+{
+    return unstartable(
+        QStringLiteral("The Android runtime may not be started: its unit is masked. \"systemctl "
+                       "unmask umbravm.service\" as root changes that."));
+}
+
+RuntimeUnit::State broken(const QString &loadState)
+{
+    return unstartable(
+        QStringLiteral("The Android runtime cannot be started: systemd cannot use its unit (%1). "
+                       "\"systemctl status umbravm.service\" tells why.")
+            .arg(loadState));
 }
 
 RuntimeUnit::State notKnown(const QDBusError &error)
@@ -73,11 +92,19 @@ RuntimeUnit::State RuntimeUnit::read() const
         return notKnown(reply.error());
 
     const QVariantMap properties = reply.value();
+    const QString loadState = properties.value(QStringLiteral("LoadState")).toString();
     // systemd has an object for every name that it was ever asked about.
-    if (properties.value(QStringLiteral("LoadState")).toString() == QLatin1String("not-found"))
+    if (loadState == QLatin1String("not-found"))
         return missing();
     State state;
     state.activeState = properties.value(QStringLiteral("ActiveState")).toString();
+    // What ran before its unit was masked or spoilt goes on.
+    if (state.activeState != QLatin1String("active")) {
+        if (loadState == QLatin1String("masked"))
+            return masked();
+        if (loadState != QLatin1String("loaded"))
+            return broken(loadState);
+    }
     state.subState = properties.value(QStringLiteral("SubState")).toString();
     // A unit that is loaded keeps the property as it was, until somebody reloads systemd, which the
     // daemon does not do after it has enabled the unit. The manager looks at the files.

@@ -22,10 +22,10 @@ public:
     {
         /// Done, or why nothing is known; the other fields are empty then.
         Outcome outcome;
-        bool isMissing = false; ///< systemd knows no such unit: the runtime is not installed
-        QString activeState;    ///< "active", "activating", "inactive", "deactivating", "failed"
-        QString subState;       ///< finer, as "running" or "dead"
-        QString unitFileState;  ///< "enabled", "disabled", "static", "masked", ...
+        bool isUnstartable = false; ///< there is no usable unit, or it is masked
+        QString activeState;   ///< "active", "activating", "inactive", "deactivating", "failed"
+        QString subState;      ///< finer, as "running" or "dead"
+        QString unitFileState; ///< "enabled", "disabled", "static", "masked", ...
 
         bool isEnabled() const { return unitFileState == QLatin1String("enabled"); }
     };

@@ -119,7 +119,7 @@ Outcome size(const Invocation &invocation, Context &context)
 /// The size of an app that the host must know, on a runtime that must run.
 Outcome readSizeOfApp(Context &context, const QString &package, AppSizeInfo &size)
 {
-    const Outcome ready = requireApp(context, package);
+    const Outcome ready = context.requireRunningRuntime();
     return ready.isDone() ? readSize(context, package, size) : ready;
 }
 

@@ -34,10 +34,10 @@ Outcome checkThatTheyExist(const QVector<Location> &locations)
 }
 
 /// When systemd does not tell, the daemon may know better.
-Outcome checkThatItIsInstalled(const RuntimeUnit &unit)
+Outcome checkThatItCanStart(const RuntimeUnit &unit)
 {
     const RuntimeUnit::State state = unit.read();
-    return state.isMissing ? state.outcome : Outcome();
+    return state.isUnstartable ? state.outcome : Outcome();
 }
 
 } // namespace
@@ -53,7 +53,7 @@ Outcome Launcher::launch(const LaunchRequest &request)
     const QVector<Location> opened = locations(request.opened);
     Outcome outcome = checkThatTheyExist(opened);
     if (outcome.isDone())
-        outcome = checkThatItIsInstalled(m_unit);
+        outcome = checkThatItCanStart(m_unit);
     if (outcome.isDone())
         outcome = reviveFailedRuntime(m_unit, m_daemon);
     if (!outcome.isDone())

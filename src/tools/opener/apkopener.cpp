@@ -44,7 +44,7 @@ Outcome ApkOpener::install(const QString &path)
 Outcome ApkOpener::refusal(const QString &path) const
 {
     const RuntimeUnit::State state = m_unit.read();
-    if (state.isMissing)
+    if (state.isUnstartable)
         return state.outcome;
     return {ExitStatus::Refused,
             QStringLiteral("bramd does not install \"%1\". \"journalctl -u bramd\" says why.")

@@ -30,7 +30,9 @@ private Q_SLOTS:
     void the_unit_file_is_looked_at_anew();
     void only_enabled_is_enabled_data();
     void only_enabled_is_enabled();
-    void a_unit_that_systemd_has_no_file_of_is_missing();
+    void a_unit_that_cannot_be_started_is_told_apart_data();
+    void a_unit_that_cannot_be_started_is_told_apart();
+    void a_unit_that_was_masked_while_it_ran_runs();
     void a_refusal_leaves_the_state_unknown_data();
     void a_refusal_leaves_the_state_unknown();
     void without_systemd_the_state_is_unknown();
@@ -67,7 +69,7 @@ void TestRuntimeUnit::the_state_is_what_systemd_says()
     const RuntimeUnit::State state = RuntimeUnit(client()).read();
 
     QVERIFY(state.outcome.isDone());
-    QVERIFY(!state.isMissing);
+    QVERIFY(!state.isUnstartable);
     QCOMPARE(state.activeState, QStringLiteral("active"));
     QCOMPARE(state.subState, QStringLiteral("running"));
     QCOMPARE(state.unitFileState, QStringLiteral("enabled"));
@@ -104,20 +106,46 @@ void TestRuntimeUnit::only_enabled_is_enabled()
     QTEST(state.isEnabled(), "enabled");
 }
 
-void TestRuntimeUnit::a_unit_that_systemd_has_no_file_of_is_missing()
+void TestRuntimeUnit::a_unit_that_cannot_be_started_is_told_apart_data()
 {
+    QTest::addColumn<QString>("loadState");
+    QTest::addColumn<QString>("says");
+
+    QTest::newRow("there is no file of it")
+        << QStringLiteral("not-found") << QStringLiteral("The Android runtime is not installed:");
+    QTest::newRow("it is masked") << QStringLiteral("masked")
+                                  << QStringLiteral("The Android runtime may not be started:");
+    QTest::newRow("it is no good") << QStringLiteral("bad-setting")
+                                   << QStringLiteral("The Android runtime cannot be started:");
+}
+
+void TestRuntimeUnit::a_unit_that_cannot_be_started_is_told_apart()
+{
+    QFETCH(QString, loadState);
+    QFETCH(QString, says);
     FakeSystemd::Unit unit;
-    unit.properties = {{QStringLiteral("LoadState"), QStringLiteral("not-found")},
+    unit.properties = {{QStringLiteral("LoadState"), loadState},
                        {QStringLiteral("ActiveState"), QStringLiteral("inactive")}};
     FakeSystemd systemd(m_bus->address(), unit);
 
     const RuntimeUnit::State state = RuntimeUnit(client()).read();
 
-    QVERIFY(state.isMissing);
+    QVERIFY(state.isUnstartable);
     QCOMPARE(state.activeState, QString());
     QCOMPARE(state.outcome.status, ExitStatus::RuntimeUnavailable);
-    QVERIFY(
-        state.outcome.sentence.startsWith(QStringLiteral("The Android runtime is not installed:")));
+    QVERIFY2(state.outcome.sentence.startsWith(says), qPrintable(state.outcome.sentence));
+}
+
+void TestRuntimeUnit::a_unit_that_was_masked_while_it_ran_runs()
+{
+    FakeSystemd::Unit unit = runningUnit();
+    unit.properties.insert(QStringLiteral("LoadState"), QStringLiteral("masked"));
+    FakeSystemd systemd(m_bus->address(), unit);
+
+    const RuntimeUnit::State state = RuntimeUnit(client()).read();
+
+    QVERIFY(state.outcome.isDone());
+    QCOMPARE(state.activeState, QStringLiteral("active"));
 }
 
 void TestRuntimeUnit::a_refusal_leaves_the_state_unknown_data()
@@ -140,7 +168,7 @@ void TestRuntimeUnit::a_refusal_leaves_the_state_unknown()
 
     const RuntimeUnit::State state = RuntimeUnit(client()).read();
 
-    QVERIFY(!state.isMissing);
+    QVERIFY(!state.isUnstartable);
     QCOMPARE(state.activeState, QString());
     const Outcome expected{
         ExitStatus::RuntimeUnavailable,
@@ -154,7 +182,7 @@ void TestRuntimeUnit::without_systemd_the_state_is_unknown()
 {
     const RuntimeUnit::State state = RuntimeUnit(client()).read();
 
-    QVERIFY(!state.isMissing);
+    QVERIFY(!state.isUnstartable);
     QCOMPARE(state.outcome.status, ExitStatus::RuntimeUnavailable);
     QVERIFY(state.outcome.sentence.startsWith(
         QStringLiteral("systemd does not tell the state of the Android runtime (")));
