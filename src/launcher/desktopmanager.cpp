@@ -1,6 +1,7 @@
 #include "launcher/desktopmanager.h"
 
 #include "config/daemonconfig.h"
+#include "config/runtimetext.h"
 #include "launcher/desktopdatabase.h"
 #include "launcher/desktopfile.h"
 #include "launcher/installedentries.h"
@@ -8,7 +9,6 @@
 #include "launcher/launcherpaths.h"
 #include "launcher/logging.h"
 #include "launcher/publicfile.h"
-#include "launcher/runtimetext.h"
 #include "launcher/settingsentry.h"
 
 #include <QFile>

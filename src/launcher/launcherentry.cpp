@@ -1,8 +1,8 @@
 #include "launcher/launcherentry.h"
 
+#include "config/runtimetext.h"
 #include "launcher/apklauncher.h"
 #include "launcher/desktopfile.h"
-#include "launcher/runtimetext.h"
 
 namespace {
 

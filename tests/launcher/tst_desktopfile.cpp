@@ -1,5 +1,5 @@
+#include "config/runtimetext.h"
 #include "launcher/desktopfile.h"
-#include "launcher/runtimetext.h"
 #include "support/hostfiles.h"
 #include "support/testcase.h"
 

@@ -1,7 +1,10 @@
 #include "tools/common/outcome.h"
 
+#include "config/runtimetext.h"
+
 #include <QCoreApplication>
-#include <QTextStream>
+
+#include <cstdio>
 
 bool operator==(const Outcome &left, const Outcome &right)
 {
@@ -11,8 +14,9 @@ bool operator==(const Outcome &left, const Outcome &right)
 int reportOutcome(const Outcome &outcome)
 {
     if (!outcome.sentence.isEmpty()) {
-        QTextStream(stderr) << QCoreApplication::applicationName() << ": " << outcome.sentence
-                            << '\n';
+        const QString line =
+            QCoreApplication::applicationName() + QStringLiteral(": ") + outcome.sentence;
+        fprintf(stderr, "%s\n", RuntimeText::singleLine(line).toUtf8().constData());
     }
     return static_cast<int>(outcome.status);
 }

@@ -1,6 +1,6 @@
 #include "tools/ctl/apkfile.h"
 
-#include "launcher/runtimetext.h"
+#include "config/runtimetext.h"
 #include "tools/ctl/ziparchive.h"
 
 #include <QFile>

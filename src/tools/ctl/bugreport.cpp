@@ -1,6 +1,6 @@
 #include "tools/ctl/bugreport.h"
 
-#include "launcher/runtimetext.h"
+#include "config/runtimetext.h"
 #include "tools/ctl/context.h"
 #include "tools/ctl/doctor.h"
 #include "tools/ctl/hostreader.h"

@@ -20,7 +20,7 @@ namespace {
 Outcome help(const Invocation &invocation, Context &context)
 {
     if (invocation.arguments.isEmpty()) {
-        context.out().line(Help::overview(commands()).trimmed());
+        context.out().text(Help::overview(commands()).trimmed());
         return {};
     }
     const QString &name = invocation.arguments.first();
@@ -29,7 +29,7 @@ Outcome help(const Invocation &invocation, Context &context)
         return {ExitStatus::Usage,
                 QStringLiteral("There is no command “%1”. “bramctl help” lists them.").arg(name)};
     }
-    context.out().line(Help::page(*command).trimmed());
+    context.out().text(Help::page(*command).trimmed());
     return {};
 }
 

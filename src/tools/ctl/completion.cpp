@@ -1,6 +1,6 @@
 #include "tools/ctl/completion.h"
 
-#include "launcher/runtimetext.h"
+#include "config/runtimetext.h"
 #include "tools/ctl/command.h"
 
 #include <algorithm>

@@ -1,5 +1,7 @@
 #include "tools/ctl/confirmation.h"
 
+#include "config/runtimetext.h"
+
 #include <QFile>
 
 #include <cstdio>
@@ -10,7 +12,7 @@ bool ask(const QString &question)
 {
     constexpr int MaxAnswer = 1000;
 
-    const QByteArray text = question.toUtf8();
+    const QByteArray text = RuntimeText::singleLine(question).toUtf8();
     fprintf(stderr, "%s [y/N] ", text.constData());
     fflush(stderr);
     QFile input;

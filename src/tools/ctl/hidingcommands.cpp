@@ -1,7 +1,7 @@
 #include "tools/ctl/hidingcommands.h"
 
+#include "config/runtimetext.h"
 #include "launcher/publicfile.h"
-#include "launcher/runtimetext.h"
 #include "tools/ctl/blacklistfile.h"
 #include "tools/ctl/command.h"
 #include "tools/ctl/commontexts.h"

@@ -23,13 +23,15 @@ Outcome run(const QStringList &words)
     Context context;
     const QString name = words.value(0);
     if (name == QLatin1String("--help") || name == QLatin1String("-h")) {
-        context.out().line(Help::overview(CommandTable::commands()).trimmed());
+        context.out().text(Help::overview(CommandTable::commands()).trimmed());
         return {};
     }
     if (name == QLatin1String("--complete")) { // for the completion scripts of shells
-        context.out().lines(Completion::lines(Completion::suggest(
+        const QStringList fitting = Completion::lines(Completion::suggest(
             CommandTable::commands(), words.mid(1), AppEntries::appsOf(AppEntries::readAll()),
-            ShareTargets::read().targets)));
+            ShareTargets::read().targets));
+        for (const QString &word : fitting)
+            context.out().text(word);
         return {};
     }
 
@@ -40,7 +42,7 @@ Outcome run(const QStringList &words)
                           QStringLiteral("“bramctl --help” lists them."));
     }
     if (words.mid(1) == QStringList(QStringLiteral("--help"))) {
-        context.out().line(Help::page(*command).trimmed());
+        context.out().text(Help::page(*command).trimmed());
         return {};
     }
     const ParsedCommandLine parsed = parseCommandLine(*command, words.mid(1));

@@ -1,5 +1,7 @@
 #include "tools/ctl/output.h"
 
+#include "config/runtimetext.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -17,6 +19,11 @@ void print(const QByteArray &text)
 } // namespace
 
 void Output::line(const QString &text)
+{
+    print(RuntimeText::singleLine(text).toUtf8() + '\n');
+}
+
+void Output::text(const QString &text)
 {
     print(text.toUtf8() + '\n');
 }

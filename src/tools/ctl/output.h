@@ -9,7 +9,13 @@
 class Output
 {
 public:
+    /// One line, whatever the names in it hold: they come from apps and files, and must neither
+    /// break it nor command the terminal.
     void line(const QString &text);
+
+    /// Text of this program's own making, with line breaks and tabs.
+    void text(const QString &text);
+
     void lines(const QStringList &texts);
 
     /// An object or array, indented.

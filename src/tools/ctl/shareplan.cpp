@@ -1,6 +1,6 @@
 #include "tools/ctl/shareplan.h"
 
-#include "launcher/runtimetext.h"
+#include "config/runtimetext.h"
 
 #include <QVariantList>
 

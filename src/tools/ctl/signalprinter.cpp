@@ -1,6 +1,6 @@
 #include "tools/ctl/signalprinter.h"
 
-#include "launcher/runtimetext.h"
+#include "config/runtimetext.h"
 #include "tools/common/runtimeunit.h"
 #include "tools/ctl/output.h"
 

@@ -1,6 +1,6 @@
 #include "tools/ctl/texttable.h"
 
-#include "launcher/runtimetext.h"
+#include "config/runtimetext.h"
 
 #include <QLocale>
 

@@ -1,4 +1,4 @@
-#include "launcher/runtimetext.h"
+#include "config/runtimetext.h"
 
 namespace RuntimeText {
 
