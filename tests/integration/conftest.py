@@ -4,6 +4,9 @@ import pytest
 
 from phone.phone import Phone, clean
 
+from daemonsteps import start_beside_runtime, wait_until_announced
+from hostfiles import download
+
 
 def pytest_configure(config):
     config.addinivalue_line(
@@ -28,6 +31,17 @@ def bramd_fixture(phone):
     """The interface of the daemon, which runs."""
     phone.start_daemon()
     return phone.bramd
+
+
+@pytest.fixture(name="papertrail")
+def papertrail_fixture(phone):
+    """A phone on which the app Paper Trail, which takes what is shared, is announced."""
+    start_beside_runtime(phone)
+    since = phone.daemon.log.mark()
+    assert phone.bramd.call("installFile", "s", str(download("papertrail"))) is True
+    wait_until_announced(phone, since)
+    phone.runtime.forget()
+    return phone
 
 
 def trouble(phone):

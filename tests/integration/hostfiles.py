@@ -29,6 +29,13 @@ def download(name, as_name=None):
     return target
 
 
+def home_file(name, content=b"x"):
+    """Makes a file in the user's download folder; returns its path there."""
+    path = DOWNLOADS / name
+    path.write_bytes(content)
+    return path
+
+
 def escape(name):
     return name.replace("_", "__").replace(".", "_")
 

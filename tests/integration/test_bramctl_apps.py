@@ -1,0 +1,85 @@
+"""bramctl manages apps that are installed, and hides them."""
+
+import pytest
+
+from phone.runtime import DATA_ROOT
+from phone.waiting import wait_for
+
+from bramctl import REFUSED, bramctl
+from hostfiles import entry_path
+from launches import WEATHER, start_with_weather
+
+APP_DATA = DATA_ROOT / "data/data" / WEATHER
+
+
+def test_sizes_are_shown(phone):
+    start_with_weather(phone)
+    (APP_DATA / "cache").mkdir(parents=True, exist_ok=True)
+    (APP_DATA / "cache/tiles").write_bytes(b"x" * 300)
+    answer = bramctl("size", WEATHER, "--json").done().json()
+    assert [app["package"] for app in answer] == [WEATHER]
+    assert answer[0]["cache"] == phone.bramd.call("getAppSize", "s", WEATHER)[2] >= 300
+    bramctl("size", WEATHER).done("CODE", " bytes\n")
+
+
+def test_of_an_unknown_app_no_size_is_shown(phone):
+    start_with_weather(phone)
+    answer = bramctl("size", "org.example.nothing", WEATHER)
+    answer.failed(REFUSED, "knows no app org.example.nothing")
+    assert WEATHER in answer.out
+
+
+def test_the_cache_is_cleared(phone):
+    start_with_weather(phone)
+    (APP_DATA / "cache").mkdir(parents=True, exist_ok=True)
+    (APP_DATA / "cache/tiles").write_bytes(b"x" * 300)
+    bramctl("clear-cache", WEATHER).done("Cleared the cache", "and has 0 bytes")
+    assert not (APP_DATA / "cache/tiles").exists()
+
+
+@pytest.mark.parametrize(("words", "typed", "cleared"), [
+    (["--yes"], "", True), ([], "y\n", True), ([], "n\n", False), ([], "", False)])
+def test_data_is_cleared_when_the_user_agrees(phone, words, typed, cleared):
+    start_with_weather(phone)
+    APP_DATA.mkdir(parents=True, exist_ok=True)
+    (APP_DATA / "map").write_bytes(b"x")
+    answer = bramctl("clear-data", WEATHER, *words, answer=typed)
+    assert answer.status == (0 if cleared else REFUSED)
+    assert (APP_DATA / "map").exists() is not cleared
+    assert ("It cannot be brought back" in answer.err) is (not words)
+
+
+def test_a_running_app_is_stopped(phone):
+    start_with_weather(phone)
+    phone.bramd.call("launchApp", "s", WEATHER)
+    bramctl("stop-app", WEATHER).done("bramd has asked the runtime")
+    assert phone.runtime.control("state")["running"] == []
+
+
+def test_the_start_at_boot_is_shown_and_changed(phone):
+    start_with_weather(phone)
+    bramctl("boot", WEATHER).done("may not start")
+    bramctl("boot", WEATHER, "on").done(f"{WEATHER} may start")
+    assert phone.bramd.call("getAppStartOnBootup", "s", WEATHER) is True
+    assert bramctl("boot", WEATHER, "--json").json() == {"package": WEATHER,
+                                                         "startsAtBoot": True}
+    bramctl("boot", WEATHER, "off").done("may not start")
+    bramctl("boot", "org.example.nothing", "on").failed(REFUSED, "bramctl list")
+
+
+def test_an_app_is_hidden_and_shown_again(phone):
+    start_with_weather(phone)
+    bramctl("hide", WEATHER).done("on the list", "systemctl restart bramd")
+    bramctl("hide", WEATHER).done("already")
+    bramctl("hidden").done(f"{WEATHER}  /etc/bramd/app-blacklist")
+    phone.stop_daemon()
+    phone.start_daemon()
+    phone.runtime.announce()
+    entry = entry_path(WEATHER, f"{WEATHER}.MainActivity")
+    wait_for(lambda: "NoDisplay=true" in entry.read_text("utf-8"), "the hidden entry")
+    bramctl("list").done("not in the app grid")
+
+    bramctl("unhide", WEATHER).done("no longer")
+    bramctl("unhide", WEATHER).done("not on the list")
+    bramctl("hidden").done("No app is on the list.")
+    assert bramctl("hidden", "--json").json() == []

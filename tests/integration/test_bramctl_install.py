@@ -1,0 +1,118 @@
+"""bramctl installs and removes apps."""
+
+import pytest
+
+from phone.runtime import DATA_ROOT
+from phone.waiting import wait_for
+
+from bramctl import NO_RUNTIME, NOT_CONFIRMED, REFUSED, bramctl, start
+from daemonsteps import claim_missing_settings_entries, expect_deaths, start_beside_runtime
+from hostfiles import DOWNLOADS, download, entries, home_file
+from launches import WEATHER
+
+PAPERTRAIL = "org.example.papertrail"
+METRONOME = "org.example.metronome"
+
+
+def test_an_app_is_installed_from_a_stopped_phone_and_removed(phone):
+    phone.start_daemon()
+    shown = bramctl("install", download("papertrail"), "--wait").done(
+        f"({PAPERTRAIL})", "The Android runtime is ", f"{PAPERTRAIL} is installed.")
+    assert shown.out.index("runtime is") < shown.out.index("is installed")
+    assert entries()
+
+    bramctl("list").done("PKG ", f"{PAPERTRAIL}  Paper Trail  1.4\n")
+    bramctl("remove", PAPERTRAIL).done(f"{PAPERTRAIL} is removed.")
+    assert not entries()
+    wait_for(lambda: claim_missing_settings_entries(phone), "what the removal did not find")
+    bramctl("list").done("No apps are installed.")
+    assert bramctl("list", "--json").done().json() == []
+
+
+def test_without_waiting_only_the_hand_over_is_confirmed(phone):
+    start_beside_runtime(phone)
+    shown = bramctl("install", download("weather")).done("bramd has taken", "A notice tells")
+    assert f"{WEATHER} is installed." not in shown.out
+    phone.notifications.wait_for_notice()
+
+
+def test_paths_are_made_absolute(phone):
+    start_beside_runtime(phone)
+    apk = download("weather", "my weather.apk")
+    bramctl("install", "Downloads/my weather.apk", "--wait", cwd=DOWNLOADS.parent).done()
+    assert phone.daemon.log.count(f'installFile: "{apk}"') == 1
+    bramctl("install", f"file://{DOWNLOADS}/my%20weather.apk").done()
+    assert phone.daemon.log.count(f'installFile: "{apk}"') == 2
+    phone.daemon.log.claim_all(f'File already exists in incoming folder: '
+                               f'"{DATA_ROOT}/data/xrs-staging/app/incoming/my weather.apk"',
+                               "warning")
+    phone.notifications.wait_for_notice(2)
+
+
+def test_an_update_is_noticed(phone):
+    start_beside_runtime(phone)
+    bramctl("install", download("metronome-1"), "--wait").done(f"{METRONOME} is installed.")
+    bramctl("install", download("metronome-2"), "--wait").done(f"{METRONOME} is updated.")
+    assert bramctl("list", "--json").json() == [{
+        "package": METRONOME, "name": "Metronome", "version": "2.0", "hidden": False,
+        "launchers": [f"{METRONOME}.MainActivity"], "opens": []}]
+
+
+def test_an_app_that_the_runtime_refuses_is_not_confirmed(phone):
+    start_beside_runtime(phone)
+    bramctl("install", download("starmap"), "--wait", "--timeout", "2").failed(
+        NOT_CONFIRMED, "has not appeared in time", "A notice")
+    phone.notifications.wait_for_notice()
+
+
+def test_an_older_version_is_not_confirmed(phone):
+    start_beside_runtime(phone)
+    bramctl("install", download("metronome-2"), "--wait").done()
+    bramctl("install", download("metronome-1"), "--wait", "--timeout", "1").failed(
+        NOT_CONFIRMED, "was there before")
+
+
+def test_several_are_installed_even_if_one_is_bad(phone):
+    start_beside_runtime(phone)
+    bad = home_file("bad.apk", b"This is no archive")
+    answer = bramctl("install", download("weather"), bad, download("metronome-1"), "--wait")
+    answer.failed(REFUSED, "bad.apk is no Android package")
+    assert [app["package"] for app in bramctl("list", "--json").json()] == [METRONOME, WEATHER]
+
+
+@pytest.mark.parametrize("name", ["game.xapk", "game.apks", "game.APKM"])
+def test_split_archives_are_refused(phone, name):
+    phone.start_daemon()
+    bramctl("install", home_file(name)).failed(REFUSED, "split into several packages")
+    assert phone.unit.state() == "inactive"
+
+
+@pytest.mark.parametrize(("words", "says"), [
+    ("/no/such.apk", "There is no file /no/such.apk."),
+    ("/home", "no regular file"),
+    ("https://example.org/a.apk", "download it first"),
+])
+def test_what_is_no_file_is_refused(phone, words, says):
+    phone.start_daemon()
+    bramctl("install", words).failed(REFUSED, says)
+    assert phone.unit.state() == "inactive"
+
+
+def test_a_runtime_that_dies_ends_the_wait(phone):
+    start_beside_runtime(phone)
+    phone.runtime.fault("package", "hang")
+    apk = download("weather")
+    output = DOWNLOADS / "output"
+    process = start("install", str(apk), "--wait", output=output)
+    wait_for(lambda: "runtime is active" in output.read_text("utf-8"), "the wait")
+    phone.unit.kill_runtime()
+    assert process.wait(30) == NO_RUNTIME
+    assert "The Android runtime has failed, and org.example.weather is not installed." \
+        in output.read_text("utf-8")
+    expect_deaths(phone, 0)
+
+
+def test_an_app_that_is_not_there_is_not_removed(phone):
+    phone.start_daemon()
+    bramctl("remove", "org.example.nothing").failed(REFUSED, "bramctl list")
+    assert phone.unit.state() == "inactive"

@@ -1,0 +1,56 @@
+"""bramctl opens apps, and whatever else an intent opens."""
+
+from phone.namespace import USER
+from phone.waiting import wait_for
+
+from bramctl import REFUSED, bramctl
+from launches import HOME_VOLUME, WEATHER, launched_packages, start_with_weather, started_intents
+
+
+def test_an_app_is_launched(phone):
+    start_with_weather(phone)
+    bramctl("launch", WEATHER).done("bramd has taken it", "Weather is to open")
+    assert launched_packages(phone) == [WEATHER]
+
+
+def test_a_launcher_of_an_app_is_launched(phone):
+    start_with_weather(phone)
+    bramctl("launch", f"{WEATHER}/{WEATHER}.MainActivity").done()
+    intent = started_intents(phone)[0]
+    assert intent["action"] == "android.intent.action.MAIN"
+    assert intent["componentClass"] == f"{WEATHER}.MainActivity"
+    bramctl("launch", f"{WEATHER}/{WEATHER}.Other").failed(
+        REFUSED, f"has no launcher {WEATHER}.Other but: {WEATHER}.MainActivity")
+
+
+def test_an_app_that_is_not_there_is_not_launched(phone):
+    start_with_weather(phone)
+    bramctl("launch", "org.example.nothing").failed(REFUSED, "bramctl list")
+    assert not launched_packages(phone)
+
+
+def test_an_intent_carries_what_was_given(phone):
+    start_with_weather(phone)
+    bramctl("intent", "--action", "android.intent.action.VIEW", f"--data=/home/{USER}/a.pdf",
+            "--type", "application/pdf", "--package", WEATHER, "--class", f"{WEATHER}.View",
+            "--category", "android.intent.category.DEFAULT", "--extra", "title=a=b",
+            "--extra-int", "page=-3", "--extra-bool", "night=true").done()
+    assert started_intents(phone) == [{
+        "action": "android.intent.action.VIEW", "data": f"file://{HOME_VOLUME}/a.pdf",
+        "type": "application/pdf", "package": WEATHER, "componentPackage": WEATHER,
+        "componentClass": f"{WEATHER}.View",
+        "categories": ["android.intent.category.DEFAULT"],
+        "extras": {"title": "a=b", "page": -3, "night": True}}]
+
+
+def test_settings_and_licenses_are_opened(phone):
+    start_with_weather(phone)
+    # Their window is there already, so that the daemon need not wait for it.
+    bramctl("intent", "--package", "com.android.settings", "--class", ".Settings").done()
+    bramctl("open-settings", WEATHER).done("the settings of")
+    bramctl("licenses").done("legal information")
+    wait_for(lambda: len(started_intents(phone)) == 3, "the intents")
+    _, settings, legal = started_intents(phone)
+    assert settings["action"] == "android.settings.APPLICATION_DETAILS_SETTINGS"
+    assert settings["data"] == f"package:{WEATHER}"
+    assert legal["action"] == "android.settings.LEGAL_INFO"
