@@ -39,7 +39,7 @@ def test_without_a_daemon(phone):
     del phone
     for words in ASKING:
         run(words).failed(UNREACHABLE, "bramd does not run and cannot be started",
-                          'Look at "systemctl status bramd"')
+                          "Look at “systemctl status bramd”")
 
 
 def test_without_a_bus(phone):

@@ -172,7 +172,7 @@ def test_a_daemon_that_does_not_run_is_told_of(phone):
     result = run_app()
     assert result.returncode == 4
     assert complaint(result).startswith("bramd does not run and cannot be started (")
-    assert complaint(result).endswith('Look at "systemctl status bramd".')
+    assert complaint(result).endswith("Look at “systemctl status bramd”.")
 
 
 def test_a_bus_that_does_not_run_is_told_of(phone):
@@ -197,18 +197,18 @@ def test_a_file_that_is_not_there_is_told_of(papertrail):
     result = run_launcher("-d", "gone.pdf", f"{PAPERTRAIL}.apk", f"{PAPERTRAIL}/{VIEW_ACTIVITY}",
                           cwd=HOME)
     assert result.returncode == 1
-    assert complaint(result) == f'There is no file "{HOME}/gone.pdf" to open.'
+    assert complaint(result) == f"There is no file “{HOME}/gone.pdf” to open."
     assert not started_intents(papertrail)
 
 
 @pytest.mark.parametrize(("words", "sentence"), [
     ((), "PACKAGE.apk and PACKAGE/CLASS are needed."),
-    (("a.b.apk", "a.c/Main"), '"a.b.apk" and "a.c/Main" name different packages.'),
+    (("a.b.apk", "a.c/Main"), "“a.b.apk” and “a.c/Main” name different packages."),
 ])
 def test_a_command_line_without_sense_is_told_of(words, sentence):
     result = run_launcher(*words)
     assert result.returncode == 2
-    assert complaint(result) == f'{sentence} See "bramd-launcher --help".'
+    assert complaint(result) == f"{sentence} See “bramd-launcher --help”."
 
 
 def test_it_tells_what_it_is():

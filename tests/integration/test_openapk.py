@@ -80,7 +80,7 @@ def test_a_failed_runtime_is_started(phone):
 def test_a_file_that_is_not_there_is_told_of(phone):
     result = open_apk("gone.apk", cwd=HOME)
     assert result.returncode == 1
-    assert complaint(result) == f'There is no file "{HOME}/gone.apk" to install.'
+    assert complaint(result) == f"There is no file “{HOME}/gone.apk” to install."
     check_failure(phone, "gone.apk", "bramd-install-refused")
 
 
@@ -92,7 +92,7 @@ def test_a_file_that_the_daemon_refuses_is_told_of(phone):
     phone.daemon.log.claim_all(re.compile(".*(incoming|rename).*"))
     assert result.returncode == 1
     assert complaint(result) == (
-        f'bramd does not install "{path}". "journalctl -u bramd" says why.')
+        f"bramd does not install “{path}”. “journalctl -u bramd” says why.")
     check_failure(phone, "weather.apk", "bramd-install-refused")
 
 
@@ -132,4 +132,4 @@ def test_it_tells_what_it_is():
     assert (helped.returncode, helped.stderr) == (0, "")
     assert helped.stdout.startswith("Usage: bramd-open-apk FILE...\n")
     assert nothing.returncode == 2
-    assert complaint(nothing) == 'A file is needed. See "bramd-open-apk --help".'
+    assert complaint(nothing) == "A file is needed. See “bramd-open-apk --help”."

@@ -10,19 +10,18 @@ struct Failure
     const char *sentence; ///< %1: what the bus or the daemon said about it
 };
 
-constexpr char NoBus[] =
-    "The system bus cannot be reached (%1). Look at \"systemctl status dbus\".";
+constexpr char NoBus[] = "The system bus cannot be reached (%1). Look at “systemctl status dbus”.";
 constexpr char NotStarted[] =
-    "bramd does not run and cannot be started (%1). Look at \"systemctl status bramd\".";
+    "bramd does not run and cannot be started (%1). Look at “systemctl status bramd”.";
 constexpr char NotReady[] =
     "bramd is not ready yet, as before a user has logged in (%1). Try again after the login, or "
-    "look at \"systemctl status bramd\".";
+    "look at “systemctl status bramd”.";
 constexpr char NotAllowed[] = "You may not call bramd (%1). Ask the administrator for one of the "
                               "groups that bramd(8) names, and log in anew.";
 constexpr char NotUnderstood[] =
-    "The bramd that runs does not understand this request (%1). Restart it with \"systemctl "
-    "restart bramd\" if it was upgraded since it started.";
-constexpr char Other[] = "bramd has not taken the request (%1). Look at \"journalctl -u bramd\".";
+    "The bramd that runs does not understand this request (%1). Restart it with “systemctl "
+    "restart bramd” if it was upgraded since it started.";
+constexpr char Other[] = "bramd has not taken the request (%1). Look at “journalctl -u bramd”.";
 
 constexpr Failure Failures[] = {
     {"org.freedesktop.DBus.Error.Disconnected", ExitStatus::DaemonUnreachable, NoBus},
@@ -66,7 +65,7 @@ Outcome noReply(bool daemonRuns, int timeoutMs)
                     .arg((timeoutMs + 999) / 1000)};
     }
     return {ExitStatus::DaemonUnreachable,
-            QStringLiteral("bramd has ended before it answered. Look at \"journalctl -u bramd\", "
+            QStringLiteral("bramd has ended before it answered. Look at “journalctl -u bramd”, "
                            "and see whether it carried the request out before you ask again.")};
 }
 
@@ -82,7 +81,7 @@ QString oneLine(const QDBusError &error)
 
 Outcome busFailure(const QDBusError &error)
 {
-    return {ExitStatus::DaemonUnreachable, QString(QLatin1String(NoBus)).arg(oneLine(error))};
+    return {ExitStatus::DaemonUnreachable, QString::fromUtf8(NoBus).arg(oneLine(error))};
 }
 
 Outcome callFailure(const QDBusError &error, bool daemonRuns, int timeoutMs)
@@ -92,7 +91,7 @@ Outcome callFailure(const QDBusError &error, bool daemonRuns, int timeoutMs)
         return noReply(daemonRuns, timeoutMs);
     for (const Failure &failure : Failures) {
         if (isAbout(failure, name))
-            return {failure.status, QString(QLatin1String(failure.sentence)).arg(oneLine(error))};
+            return {failure.status, QString::fromUtf8(failure.sentence).arg(oneLine(error))};
     }
-    return {ExitStatus::Refused, QString(QLatin1String(Other)).arg(oneLine(error))};
+    return {ExitStatus::Refused, QString::fromUtf8(Other).arg(oneLine(error))};
 }

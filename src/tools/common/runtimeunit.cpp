@@ -30,15 +30,15 @@ RuntimeUnit::State missing()
 RuntimeUnit::State masked()
 {
     return unstartable(
-        QStringLiteral("The Android runtime may not be started: its unit is masked. \"systemctl "
-                       "unmask umbravm.service\" as root changes that."));
+        QStringLiteral("The Android runtime may not be started: its unit is masked. “systemctl "
+                       "unmask umbravm.service” as root changes that."));
 }
 
 RuntimeUnit::State broken(const QString &loadState)
 {
     return unstartable(
         QStringLiteral("The Android runtime cannot be started: systemd cannot use its unit (%1). "
-                       "\"systemctl status umbravm.service\" tells why.")
+                       "“systemctl status umbravm.service” tells why.")
             .arg(loadState));
 }
 
@@ -52,7 +52,7 @@ RuntimeUnit::State notKnown(const QDBusError &error)
     } else {
         state.outcome = {ExitStatus::RuntimeUnavailable,
                          QStringLiteral("systemd does not tell the state of the Android runtime "
-                                        "(%1). Look at \"systemctl status umbravm.service\".")
+                                        "(%1). Look at “systemctl status umbravm.service”.")
                              .arg(oneLine(error))};
     }
     return state;

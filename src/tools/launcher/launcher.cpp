@@ -27,7 +27,7 @@ Outcome checkThatTheyExist(const QVector<Location> &locations)
     for (const Location &location : locations) {
         if (location.isFile && !QFileInfo::exists(location.address)) {
             return {ExitStatus::Refused,
-                    QStringLiteral("There is no file \"%1\" to open.").arg(location.address)};
+                    QStringLiteral("There is no file “%1” to open.").arg(location.address)};
         }
     }
     return {};

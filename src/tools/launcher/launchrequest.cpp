@@ -5,7 +5,7 @@ namespace {
 LaunchCommand wrong(const QString &what)
 {
     LaunchCommand command;
-    command.outcome = {ExitStatus::Usage, what + QStringLiteral(" See \"bramd-launcher --help\".")};
+    command.outcome = {ExitStatus::Usage, what + QStringLiteral(" See “bramd-launcher --help”.")};
     return command;
 }
 
@@ -21,17 +21,16 @@ LaunchCommand readLaunchCommand(QStringList arguments)
     const QString suffix = QStringLiteral(".apk");
     const QString package = apk.chopped(apk.endsWith(suffix) ? suffix.size() : 0);
     if (package.isEmpty() || package == apk)
-        return wrong(QStringLiteral("\"%1\" is not PACKAGE.apk.").arg(apk));
+        return wrong(QStringLiteral("“%1” is not PACKAGE.apk.").arg(apk));
     const int slash = activity.indexOf(QLatin1Char('/'));
     if (slash < 1 || slash == activity.size() - 1)
-        return wrong(QStringLiteral("\"%1\" is not PACKAGE/CLASS.").arg(activity));
+        return wrong(QStringLiteral("“%1” is not PACKAGE/CLASS.").arg(activity));
     if (activity.left(slash) != package) {
-        return wrong(
-            QStringLiteral("\"%1\" and \"%2\" name different packages.").arg(apk, activity));
+        return wrong(QStringLiteral("“%1” and “%2” name different packages.").arg(apk, activity));
     }
 
     if (!arguments.isEmpty() && arguments.takeFirst() != QLatin1String("-d"))
-        return wrong(QStringLiteral("What is to be opened stands behind \"-d\"."));
+        return wrong(QStringLiteral("What is to be opened stands behind “-d”."));
     LaunchCommand command;
     command.request = {package, activity.mid(slash + 1), arguments};
     return command;

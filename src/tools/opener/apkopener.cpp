@@ -25,7 +25,7 @@ Outcome ApkOpener::open(const QString &argument)
         location.isFile && QFileInfo(location.address).isFile()
             ? install(location.address)
             : Outcome{ExitStatus::Refused,
-                      QStringLiteral("There is no file \"%1\" to install.").arg(location.address)};
+                      QStringLiteral("There is no file “%1” to install.").arg(location.address)};
     if (const std::optional<ApkNotice> failure = failureNotice(fileName, outcome.status))
         notice.show(*failure);
     return outcome;
@@ -46,7 +46,7 @@ Outcome ApkOpener::refusal(const QString &path) const
     const RuntimeUnit::State state = m_unit.read();
     if (state.isUnstartable)
         return state.outcome;
-    return {ExitStatus::Refused,
-            QStringLiteral("bramd does not install \"%1\". \"journalctl -u bramd\" says why.")
-                .arg(path)};
+    return {
+        ExitStatus::Refused,
+        QStringLiteral("bramd does not install “%1”. “journalctl -u bramd” says why.").arg(path)};
 }

@@ -42,8 +42,8 @@ int main(int argc, char *argv[])
     if (words == QStringList{QStringLiteral("--version")})
         return ToolApplication::printVersion();
     if (words.isEmpty()) {
-        return reportOutcome({ExitStatus::Usage,
-                              QStringLiteral("A file is needed. See \"bramd-open-apk --help\".")});
+        return reportOutcome(
+            {ExitStatus::Usage, QStringLiteral("A file is needed. See “bramd-open-apk --help”.")});
     }
     return openAll(words);
 }

@@ -38,22 +38,22 @@ void TestCallFailure::an_error_becomes_a_status_and_a_sentence_data()
     QTest::addColumn<QString>("sentence");
 
     const QString dbus = QStringLiteral("org.freedesktop.DBus.Error.");
-    const QString noBus = QStringLiteral(
-        "The system bus cannot be reached (why). Look at \"systemctl status dbus\".");
+    const QString noBus =
+        QStringLiteral("The system bus cannot be reached (why). Look at “systemctl status dbus”.");
     const QString notStarted =
-        QStringLiteral("bramd does not run and cannot be started (why). Look at \"systemctl status "
-                       "bramd\".");
+        QStringLiteral("bramd does not run and cannot be started (why). Look at “systemctl status "
+                       "bramd”.");
     const QString notReady =
         QStringLiteral("bramd is not ready yet, as before a user has logged in (why). Try again "
-                       "after the login, or look at \"systemctl status bramd\".");
+                       "after the login, or look at “systemctl status bramd”.");
     const QString notAllowed =
         QStringLiteral("You may not call bramd (why). Ask the administrator for one of the groups "
                        "that bramd(8) names, and log in anew.");
     const QString notUnderstood =
         QStringLiteral("The bramd that runs does not understand this request (why). Restart it "
-                       "with \"systemctl restart bramd\" if it was upgraded since it started.");
+                       "with “systemctl restart bramd” if it was upgraded since it started.");
     const QString other =
-        QStringLiteral("bramd has not taken the request (why). Look at \"journalctl -u bramd\".");
+        QStringLiteral("bramd has not taken the request (why). Look at “journalctl -u bramd”.");
 
     const auto row = [](const char *description, const QString &name, ExitStatus status,
                         const QString &sentence) {
@@ -119,7 +119,7 @@ void TestCallFailure::a_missing_answer_is_late_or_its_daemon_has_gone()
 
     const Outcome gone{
         ExitStatus::DaemonUnreachable,
-        QStringLiteral("bramd has ended before it answered. Look at \"journalctl -u bramd\", and "
+        QStringLiteral("bramd has ended before it answered. Look at “journalctl -u bramd”, and "
                        "see whether it carried the request out before you ask again.")};
     QVERIFY(callFailure(error, false, TimeoutMs) == gone);
 }
@@ -139,7 +139,7 @@ void TestCallFailure::what_the_error_says_stays_one_line()
 
     QCOMPARE(callFailure(error, true, TimeoutMs).sentence,
              QStringLiteral("bramd has not taken the request (It broke, %1 and %2). Look at "
-                            "\"journalctl -u bramd\"."));
+                            "“journalctl -u bramd”."));
 }
 
 void TestCallFailure::an_error_that_says_nothing_is_named()

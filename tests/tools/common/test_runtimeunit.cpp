@@ -173,7 +173,7 @@ void TestRuntimeUnit::a_refusal_leaves_the_state_unknown()
     const Outcome expected{
         ExitStatus::RuntimeUnavailable,
         QStringLiteral("systemd does not tell the state of the Android runtime (%1). Look at "
-                       "\"systemctl status umbravm.service\".")
+                       "“systemctl status umbravm.service”.")
             .arg(reason)};
     QVERIFY2(state.outcome == expected, qPrintable(state.outcome.sentence));
 }

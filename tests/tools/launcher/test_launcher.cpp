@@ -158,7 +158,7 @@ void TestLauncher::a_file_that_is_not_there_is_told_of_before_anything_is_asked(
         Launcher(client()).launch(request({QStringLiteral("/"), QStringLiteral("/no/file.pdf")}));
 
     const Outcome expected{ExitStatus::Refused,
-                           QStringLiteral("There is no file \"/no/file.pdf\" to open.")};
+                           QStringLiteral("There is no file “/no/file.pdf” to open.")};
     QVERIFY2(outcome == expected, qPrintable(outcome.sentence));
     QCOMPARE(daemon.calls(), QStringList());
 }

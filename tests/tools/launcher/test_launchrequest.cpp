@@ -87,31 +87,30 @@ void TestLaunchRequest::what_no_entry_runs_is_refused_data()
     QTest::newRow("no activity") << QStringList{Apk} << tooFew;
     QTest::newRow("only -d") << QStringList{d} << tooFew;
     QTest::newRow("an activity only, behind -d")
-        << QStringList{d, Activity} << QStringLiteral("\"-d\" is not PACKAGE.apk.");
+        << QStringList{d, Activity} << QStringLiteral("“-d” is not PACKAGE.apk.");
     QTest::newRow("the wrong way round")
         << QStringList{Activity, Apk}
-        << QStringLiteral("\"org.example.a/org.example.a.Main\" is not PACKAGE.apk.");
+        << QStringLiteral("“org.example.a/org.example.a.Main” is not PACKAGE.apk.");
     QTest::newRow("an ending without a package") << QStringList{QStringLiteral(".apk"), Activity}
-                                                 << QStringLiteral("\".apk\" is not PACKAGE.apk.");
+                                                 << QStringLiteral("“.apk” is not PACKAGE.apk.");
     QTest::newRow("an empty word")
-        << QStringList{QString(), Activity} << QStringLiteral("\"\" is not PACKAGE.apk.");
+        << QStringList{QString(), Activity} << QStringLiteral("“” is not PACKAGE.apk.");
     QTest::newRow("no class") << QStringList{Apk, QStringLiteral("org.example.a")}
-                              << QStringLiteral("\"org.example.a\" is not PACKAGE/CLASS.");
+                              << QStringLiteral("“org.example.a” is not PACKAGE/CLASS.");
     QTest::newRow("an empty class") << QStringList{Apk, QStringLiteral("org.example.a/")}
-                                    << QStringLiteral("\"org.example.a/\" is not PACKAGE/CLASS.");
+                                    << QStringLiteral("“org.example.a/” is not PACKAGE/CLASS.");
     QTest::newRow("an empty package") << QStringList{Apk, QStringLiteral("/Main")}
-                                      << QStringLiteral("\"/Main\" is not PACKAGE/CLASS.");
+                                      << QStringLiteral("“/Main” is not PACKAGE/CLASS.");
     QTest::newRow("two packages")
         << QStringList{Apk, QStringLiteral("org.example.b/Main")}
-        << QStringLiteral(
-               "\"org.example.a.apk\" and \"org.example.b/Main\" name different packages.");
+        << QStringLiteral("“org.example.a.apk” and “org.example.b/Main” name different packages.");
     QTest::newRow("a package that the other begins with")
         << QStringList{Apk, QStringLiteral("org.example.a.b/Main")}
         << QStringLiteral(
-               "\"org.example.a.apk\" and \"org.example.a.b/Main\" name different packages.");
+               "“org.example.a.apk” and “org.example.a.b/Main” name different packages.");
     QTest::newRow("a file without -d")
         << QStringList{QStringLiteral("/a.pdf"), Apk, Activity}
-        << QStringLiteral("What is to be opened stands behind \"-d\".");
+        << QStringLiteral("What is to be opened stands behind “-d”.");
 }
 
 void TestLaunchRequest::what_no_entry_runs_is_refused()
@@ -122,7 +121,7 @@ void TestLaunchRequest::what_no_entry_runs_is_refused()
     const LaunchCommand command = readLaunchCommand(arguments);
 
     QCOMPARE(static_cast<int>(command.outcome.status), static_cast<int>(ExitStatus::Usage));
-    QCOMPARE(command.outcome.sentence, what + QStringLiteral(" See \"bramd-launcher --help\"."));
+    QCOMPARE(command.outcome.sentence, what + QStringLiteral(" See “bramd-launcher --help”."));
     QCOMPARE(command.request.package, QString());
 }
 
