@@ -5,10 +5,12 @@ import pytest
 from phone.runtime import DATA_ROOT
 from phone.waiting import wait_for
 
-from bramctl import REFUSED, bramctl
+from bramctl import NO_RUNTIME, NOT_CONFIRMED, REFUSED, bramctl
+from daemonsteps import BINDER
 from hostfiles import entry_path
 from launches import WEATHER, start_with_weather
 
+DELETE_CACHE_FILES, CLEAR_USER_DATA = 100, 101  # at SDK level 28
 APP_DATA = DATA_ROOT / "data/data" / WEATHER
 
 
@@ -42,17 +44,47 @@ def test_the_cache_is_cleared(phone):
 def test_data_is_cleared_when_the_user_agrees(phone, words, typed, cleared):
     start_with_weather(phone)
     APP_DATA.mkdir(parents=True, exist_ok=True)
-    (APP_DATA / "map").write_bytes(b"x")
+    (APP_DATA / "map").write_bytes(b"x" * 300)
     answer = bramctl("clear-data", WEATHER, *words, answer=typed)
     assert answer.status == (0 if cleared else REFUSED)
     assert (APP_DATA / "map").exists() is not cleared
+    assert ("Cleared the data" in answer.out) is cleared
     assert ("It cannot be brought back" in answer.err) is (not words)
+
+
+@pytest.mark.parametrize(("words", "what", "code"), [
+    (["clear-cache"], "cache", DELETE_CACHE_FILES),
+    (["clear-data", "--yes"], "data", CLEAR_USER_DATA)])
+def test_what_stays_there_is_not_confirmed_to_be_cleared(phone, words, what, code):
+    start_with_weather(phone)
+    (APP_DATA / "cache").mkdir(parents=True, exist_ok=True)
+    (APP_DATA / "cache/tiles").write_bytes(b"x" * 300)
+    (APP_DATA / "map").write_bytes(b"x" * 300)
+    phone.runtime.fault("package", "refuse", code=code)
+    bramctl(*words, WEATHER, "--timeout", "1").failed(
+        NOT_CONFIRMED, f"the {what} of {WEATHER} still has", f"bramctl size {WEATHER}")
+
+
+def test_of_a_runtime_that_is_not_reached_yet_nothing_is_claimed(phone):
+    start_with_weather(phone)
+    for service in ("storagestats", "deviceidle"):
+        phone.runtime.hold(service)
+    for words in (["size"], ["boot"], ["stop-app"], ["clear-cache"], ["clear-data", "--yes"]):
+        bramctl(*words, WEATHER).failed(NO_RUNTIME, f"tells nothing about {WEATHER}", "try again")
+    bramctl("boot", WEATHER, "off").failed(NO_RUNTIME, f"tells nothing about {WEATHER}")
+    phone.daemon.log.claim_all("Could not create storagestats transaction", "critical", BINDER)
+
+
+def test_a_size_that_ends_early_is_not_shown(phone):
+    start_with_weather(phone)
+    phone.runtime.fault("storagestats", "short", value=8)
+    bramctl("size", WEATHER).failed(NO_RUNTIME, f"tells nothing about {WEATHER}")
 
 
 def test_a_running_app_is_stopped(phone):
     start_with_weather(phone)
     phone.bramd.call("launchApp", "s", WEATHER)
-    bramctl("stop-app", WEATHER).done("bramd has asked the runtime")
+    bramctl("stop-app", WEATHER).done("bramd has taken it")
     assert phone.runtime.control("state")["running"] == []
 
 

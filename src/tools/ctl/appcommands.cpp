@@ -16,7 +16,7 @@
 
 namespace {
 
-constexpr int ClearTimeoutMs = 10000;
+constexpr int ClearTimeoutS = 10;
 
 /// JSON has no larger numbers; no app comes near.
 double number(qint64 bytes)
@@ -59,15 +59,9 @@ Outcome list(const Invocation &invocation, Context &context)
     return {};
 }
 
-/// Whatever the runtime says of an app that it does not know means nothing.
-Outcome requireApp(Context &context, const QString &package)
-{
-    const Outcome ready = context.requireRunningRuntime();
-    if (!ready.isDone())
-        return ready;
-    return AppEntries::isInstalled(package) ? Outcome() : CommonTexts::notInstalled(package);
-}
-
+/// What an app takes. It also proves that bramd reaches the runtime, which for a while after the
+/// start of the unit it does not: bramd then drops requests without a word and answers with
+/// nothing, but no app takes nothing. Negative figures stand for an answer that ended early.
 Outcome readSize(Context &context, const QString &package, AppSizeInfo &size)
 {
     if (!AppEntries::isInstalled(package))
@@ -77,13 +71,29 @@ Outcome readSize(Context &context, const QString &package, AppSizeInfo &size)
     if (!outcome.isDone())
         return outcome;
     size = reply.value();
-    if (size == AppSizeInfo()) {
-        return {ExitStatus::Refused,
-                QStringLiteral("The runtime tells no size of %1. “journalctl -u bramd” may tell "
-                               "why.")
+    if (size == AppSizeInfo() || size.codeSize < 0) {
+        return {ExitStatus::RuntimeUnavailable,
+                QStringLiteral("The Android runtime tells nothing about %1. It may still be "
+                               "starting: try again in a moment. “journalctl -u bramd” may tell "
+                               "more.")
                     .arg(package)};
     }
     return {};
+}
+
+/// The same, on a runtime that must run.
+Outcome readSizeOfApp(Context &context, const QString &package, AppSizeInfo &size)
+{
+    const Outcome ready = context.requireRunningRuntime();
+    return ready.isDone() ? readSize(context, package, size) : ready;
+}
+
+/// Done when the host knows the app and bramd reaches the runtime. Whatever it says of an app that
+/// it does not know means nothing.
+Outcome requireReachableApp(Context &context, const QString &package)
+{
+    AppSizeInfo size;
+    return readSizeOfApp(context, package, size);
 }
 
 Outcome size(const Invocation &invocation, Context &context)
@@ -116,46 +126,62 @@ Outcome size(const Invocation &invocation, Context &context)
     return {status, QString()};
 }
 
-/// The size of an app that the host must know, on a runtime that must run.
-Outcome readSizeOfApp(Context &context, const QString &package, AppSizeInfo &size)
+/// What the runtime can delete of an app.
+struct Clearable
 {
-    const Outcome ready = context.requireRunningRuntime();
-    return ready.isDone() ? readSize(context, package, size) : ready;
+    qint64 AppSizeInfo::*size;
+    QString name;
+};
+
+/// Looks until less is left than before, or nothing.
+Outcome confirmCleared(Context &context, const QString &package, const Clearable &what,
+                       const AppSizeInfo &before, int timeoutMs)
+{
+    AppSizeInfo after;
+    Outcome asked;
+    const auto isCleared = [&] {
+        asked = readSize(context, package, after);
+        return !asked.isDone() || after.*what.size <= 0 || after.*what.size < before.*what.size;
+    };
+    const bool inTime = Waiting::until(isCleared, timeoutMs);
+    if (!asked.isDone())
+        return asked;
+    if (!inTime) {
+        return {ExitStatus::NotConfirmed,
+                QStringLiteral("bramd took it, but the %1 of %2 still has %3. “bramctl size %2” "
+                               "shows when that changes, “journalctl -u umbravm” what the runtime "
+                               "does.")
+                    .arg(what.name, package, inWords(after.*what.size))};
+    }
+    context.out().line(
+        QStringLiteral("Cleared the %1 of %2: it had %3 and has %4.")
+            .arg(what.name, package, inWords(before.*what.size), inWords(after.*what.size)));
+    return {};
 }
 
 Outcome clearCache(const Invocation &invocation, Context &context)
 {
+    const int timeoutMs = Waiting::timeoutMs(invocation, ClearTimeoutS);
+    if (timeoutMs < 0)
+        return CommonTexts::badTimeout();
     const QString &package = invocation.arguments.first();
     AppSizeInfo before;
     const Outcome known = readSizeOfApp(context, package, before);
     if (!known.isDone())
         return known;
-
     const Outcome taken =
         context.daemon().finish(context.daemon().proxy().deleteAppCacheFiles(package));
     if (!taken.isDone())
         return taken;
-    AppSizeInfo after;
-    Outcome asked;
-    const auto isCleared = [&] {
-        asked = readSize(context, package, after);
-        return !asked.isDone() || after.cacheSize == 0 || after.cacheSize < before.cacheSize;
-    };
-    const bool inTime = Waiting::until(isCleared, ClearTimeoutMs);
-    if (!asked.isDone())
-        return asked;
-    if (!inTime) {
-        return {ExitStatus::NotConfirmed,
-                QStringLiteral("bramd took it, but the cache of %1 still has %2.")
-                    .arg(package, inWords(after.cacheSize))};
-    }
-    context.out().line(QStringLiteral("Cleared the cache of %1: it had %2 and has %3.")
-                           .arg(package, inWords(before.cacheSize), inWords(after.cacheSize)));
-    return {};
+    return confirmCleared(context, package, {&AppSizeInfo::cacheSize, QStringLiteral("cache")},
+                          before, timeoutMs);
 }
 
 Outcome clearData(const Invocation &invocation, Context &context)
 {
+    const int timeoutMs = Waiting::timeoutMs(invocation, ClearTimeoutS);
+    if (timeoutMs < 0)
+        return CommonTexts::badTimeout();
     const QString &package = invocation.arguments.first();
     AppSizeInfo before;
     const Outcome known = readSizeOfApp(context, package, before);
@@ -168,27 +194,24 @@ Outcome clearData(const Invocation &invocation, Context &context)
         return {ExitStatus::Refused,
                 QStringLiteral("Nothing was deleted. Answer “y”, or give --yes.")};
     }
-
     const Outcome taken =
         context.daemon().finish(context.daemon().proxy().clearAppUserData(package));
-    if (taken.isDone()) {
-        context.out().line(QStringLiteral("bramd has taken it; what the runtime did of it shows "
-                                          "in “bramctl size %1”.")
-                               .arg(package));
-    }
-    return taken;
+    if (!taken.isDone())
+        return taken;
+    return confirmCleared(context, package, {&AppSizeInfo::dataSize, QStringLiteral("data")},
+                          before, timeoutMs);
 }
 
 Outcome stopApp(const Invocation &invocation, Context &context)
 {
     const QString &package = invocation.arguments.first();
-    const Outcome ready = requireApp(context, package);
+    const Outcome ready = requireReachableApp(context, package);
     if (!ready.isDone())
         return ready;
     const Outcome taken = context.daemon().finish(context.daemon().proxy().forceStopApp(package));
     if (taken.isDone()) {
-        context.out().line(QStringLiteral("bramd has asked the runtime to stop %1; “bramctl "
-                                          "monitor” shows apps that end.")
+        context.out().line(QStringLiteral("bramd has taken it: %1 is to stop. “bramctl monitor” "
+                                          "shows apps that end.")
                                .arg(package));
     }
     return taken;
@@ -211,7 +234,7 @@ QString bootText(const QString &package, bool isAllowed)
 Outcome boot(const Invocation &invocation, Context &context)
 {
     const QString &package = invocation.arguments.first();
-    const Outcome ready = requireApp(context, package);
+    const Outcome ready = requireReachableApp(context, package);
     if (!ready.isDone())
         return ready;
     if (invocation.arguments.size() > 1) {
@@ -225,8 +248,10 @@ Outcome boot(const Invocation &invocation, Context &context)
         if (!asked.isDone())
             return asked;
         if (isAllowed != wanted) {
-            return {ExitStatus::Refused, QStringLiteral("The runtime has not changed it: %1")
-                                             .arg(bootText(package, isAllowed))};
+            return {ExitStatus::Refused,
+                    QStringLiteral("The runtime has not changed it: %1 “journalctl -u bramd” may "
+                                   "tell why.")
+                        .arg(bootText(package, isAllowed))};
         }
     }
 
@@ -246,6 +271,7 @@ Outcome boot(const Invocation &invocation, Context &context)
 QVector<Command> appCommands()
 {
     const QVector<Option> json{CommonTexts::jsonOption()};
+    const Option timeout = CommonTexts::timeoutOption(ClearTimeoutS);
     const Argument package = CommonTexts::packageArgument();
     const Argument packages{package.name, package.kind, false, true};
     return {
@@ -263,16 +289,17 @@ QVector<Command> appCommands()
          size},
         {QStringLiteral("clear-cache"),
          {package},
-         {},
+         {timeout},
          QStringLiteral("Delete what an app can fetch again"),
-         QStringLiteral("The runtime has to run."),
+         QStringLiteral("Waits until the app takes less. The runtime has to run."),
          clearCache},
         {QStringLiteral("clear-data"),
          {package},
          {{QStringLiteral("--yes"), QString(), ArgumentKind::Word,
-           QStringLiteral("Do not ask first"), false}},
+           QStringLiteral("Do not ask first"), false},
+          timeout},
          QStringLiteral("Delete everything that an app has stored"),
-         QStringLiteral("Asks first. The runtime has to run."),
+         QStringLiteral("Asks first, and waits until the app takes less. The runtime has to run."),
          clearData},
         {QStringLiteral("stop-app"),
          {package},
