@@ -76,7 +76,7 @@ def test_several_are_installed_even_if_one_is_bad(phone):
     start_beside_runtime(phone)
     bad = home_file("bad.apk", b"This is no archive")
     answer = bramctl("install", download("weather"), bad, download("metronome-1"), "--wait")
-    answer.failed(REFUSED, "bad.apk is no Android package")
+    answer.failed(REFUSED, "bad.apk” is no Android package")
     assert [app["package"] for app in bramctl("list", "--json").json()] == [METRONOME, WEATHER]
 
 
@@ -88,7 +88,7 @@ def test_split_archives_are_refused(phone, name):
 
 
 @pytest.mark.parametrize(("words", "says"), [
-    ("/no/such.apk", "There is no file /no/such.apk."),
+    ("/no/such.apk", "There is no file “/no/such.apk”."),
     ("/home", "no regular file"),
     ("https://example.org/a.apk", "download it first"),
 ])

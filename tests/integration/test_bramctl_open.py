@@ -1,9 +1,9 @@
 """bramctl opens apps, and whatever else an intent opens."""
 
-from phone.namespace import USER
 from phone.waiting import wait_for
 
 from bramctl import REFUSED, bramctl
+from hostfiles import DOWNLOADS, home_file
 from launches import HOME_VOLUME, WEATHER, launched_packages, start_with_weather, started_intents
 
 
@@ -31,16 +31,25 @@ def test_an_app_that_is_not_there_is_not_launched(phone):
 
 def test_an_intent_carries_what_was_given(phone):
     start_with_weather(phone)
-    bramctl("intent", "--action", "android.intent.action.VIEW", f"--data=/home/{USER}/a.pdf",
+    home_file("a.pdf")
+    bramctl("intent", "--action", "android.intent.action.VIEW", "--data=../Downloads/a.pdf",
             "--type", "application/pdf", "--package", WEATHER, "--class", f"{WEATHER}.View",
             "--category", "android.intent.category.DEFAULT", "--extra", "title=a=b",
-            "--extra-int", "page=-3", "--extra-bool", "night=true").done()
+            "--extra-int", "page=-3", "--extra-bool", "night=true", cwd=DOWNLOADS).done()
     assert started_intents(phone) == [{
-        "action": "android.intent.action.VIEW", "data": f"file://{HOME_VOLUME}/a.pdf",
+        "action": "android.intent.action.VIEW", "data": f"file://{HOME_VOLUME}/Downloads/a.pdf",
         "type": "application/pdf", "package": WEATHER, "componentPackage": WEATHER,
         "componentClass": f"{WEATHER}.View",
         "categories": ["android.intent.category.DEFAULT"],
         "extras": {"title": "a=b", "page": -3, "night": True}}]
+
+
+def test_what_an_app_cannot_open_is_not_sent(phone):
+    phone.start_daemon()
+    for data, says in (("none.pdf", f"There is no file “{DOWNLOADS}/none.pdf”."),
+                       ("/etc/passwd", "The runtime does not see “/etc/passwd”")):
+        bramctl("intent", "--data", data, cwd=DOWNLOADS).failed(REFUSED, says)
+    assert phone.unit.state() == "inactive"
 
 
 def test_settings_and_licenses_are_opened(phone):

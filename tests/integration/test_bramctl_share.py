@@ -52,9 +52,10 @@ REFUSED_SHARES = [
     (["{png}", "--to", SHARE_ONE], "does not take image/png but: application/pdf, text/plain"),
     (["{pdf}", "{pdf}", "--to", SHARE_ONE], "one file at a time"),
     (["Hello", "--to", SHARE_MANY], "does not take text/plain"),
-    (["{pdf}", "Hello", "--to", SHARE_ONE], "There is no file Hello"),
-    (["/no/such.pdf", "--to", SHARE_ONE], "There is no file /no/such.pdf"),
-    (["/etc/passwd", "--to", SHARE_ONE], "The runtime does not see /etc/passwd"),
+    (["{pdf}", "Hello", "--to", SHARE_ONE], "There is no file “Hello”. Share files or a text"),
+    (["/no/a.pdf", "/no/b.pdf", "--to", SHARE_ONE], "There is no file “/no/a.pdf”"),
+    (["b.pdf", "--to", SHARE_ONE], "There is no file “b.pdf”"),
+    (["/etc/passwd", "--to", SHARE_ONE], "The runtime does not see “/etc/passwd”"),
     (["Hello", "--to", "org.example.nothing/x"], "bramctl targets"),
 ]
 

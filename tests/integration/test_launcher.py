@@ -197,7 +197,8 @@ def test_a_file_that_is_not_there_is_told_of(papertrail):
     result = run_launcher("-d", "gone.pdf", f"{PAPERTRAIL}.apk", f"{PAPERTRAIL}/{VIEW_ACTIVITY}",
                           cwd=HOME)
     assert result.returncode == 1
-    assert complaint(result) == f"There is no file “{HOME}/gone.pdf” to open."
+    assert complaint(result) == (f"There is no file “{HOME}/gone.pdf”. Look at its spelling, and "
+                                 "whether it was moved or deleted.")
     assert not started_intents(papertrail)
 
 

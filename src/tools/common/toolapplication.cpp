@@ -2,6 +2,7 @@
 
 #include "tools/common/exitstatus.h"
 
+#include <QLoggingCategory>
 #include <QTextStream>
 
 ToolApplication::ToolApplication(int &argc, char **argv, const QString &name)
@@ -9,6 +10,8 @@ ToolApplication::ToolApplication(int &argc, char **argv, const QString &name)
 {
     setApplicationName(name);
     setApplicationVersion(QStringLiteral(BRAMD_VERSION));
+    // What the shared code logs for the daemon is nothing for the users of tools.
+    QLoggingCategory::setFilterRules(QStringLiteral("*=false"));
 }
 
 QStringList ToolApplication::words() const

@@ -1,7 +1,5 @@
 #include "tools/ctl/fileargument.h"
 
-#include "config/pathmapping.h"
-
 #include <QRegularExpression>
 
 namespace FileArgument {
@@ -11,11 +9,6 @@ bool isSplitArchive(const QString &path)
     const QRegularExpression ending(QStringLiteral("\\.(xapk|apks|apkm)$"),
                                     QRegularExpression::CaseInsensitiveOption);
     return ending.match(path).hasMatch();
-}
-
-bool isVisibleToRuntime(const QString &path)
-{
-    return PathMapping::toAndroidPath(path) != path;
 }
 
 } // namespace FileArgument

@@ -8,7 +8,4 @@ namespace FileArgument {
 /// Whether the name is one of the archives in which an app is split into several APKs.
 bool isSplitArchive(const QString &path);
 
-/// Whether the runtime has a volume on which it sees this host file.
-bool isVisibleToRuntime(const QString &path);
-
 } // namespace FileArgument

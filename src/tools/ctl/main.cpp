@@ -9,8 +9,6 @@
 #include "tools/ctl/output.h"
 #include "tools/ctl/sharetarget.h"
 
-#include <QLoggingCategory>
-
 namespace {
 
 Outcome usageError(const QString &error, const QString &nextStep)
@@ -55,8 +53,6 @@ Outcome run(const QStringList &words)
 
 int main(int argc, char *argv[])
 {
-    // What the shared code logs for the daemon is nothing for this program's users.
-    QLoggingCategory::setFilterRules(QStringLiteral("*=false"));
     const ToolApplication application(argc, argv, QStringLiteral("bramctl"));
     const QStringList words = application.words();
     if (words == QStringList(QStringLiteral("--version")))

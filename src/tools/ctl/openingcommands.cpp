@@ -1,11 +1,15 @@
 #include "tools/ctl/openingcommands.h"
 
 #include "tools/common/daemonclient.h"
+#include "tools/common/hostfile.h"
+#include "tools/common/location.h"
 #include "tools/ctl/appentry.h"
 #include "tools/ctl/command.h"
 #include "tools/ctl/commontexts.h"
 #include "tools/ctl/context.h"
 #include "tools/ctl/intentextras.h"
+
+#include <QDir>
 
 #include <algorithm>
 
@@ -65,12 +69,16 @@ Outcome intent(const Invocation &invocation, Context &context)
     const IntentExtras extras = IntentExtras::parse(invocation);
     if (!extras.error.isEmpty())
         return {ExitStatus::Usage, extras.error};
-    const Outcome ready = context.requireStartableRuntime();
+    const QString given = invocation.value(QStringLiteral("--data"));
+    const Location data = given.isEmpty() ? Location() : locationOf(given, QDir::currentPath());
+    Outcome ready = HostFile::checkForApps(data);
+    if (ready.isDone())
+        ready = context.requireStartableRuntime();
     if (!ready.isDone())
         return ready;
 
     const QDBusPendingCall call = context.daemon().proxy().launchIntent(
-        invocation.value(QStringLiteral("--action")), invocation.value(QStringLiteral("--data")),
+        invocation.value(QStringLiteral("--action")), data.address,
         invocation.value(QStringLiteral("--type")), package, className,
         invocation.value(QStringLiteral("--category")), extras.values);
     return confirmTaken(context, context.daemon().finish(call),
@@ -133,7 +141,8 @@ QVector<Command> openingCommands()
                       "A truth value for the app; repeatable")},
          QStringLiteral("Start an activity by an Android intent"),
          QStringLiteral("Files of the host are given to the runtime under the path it sees them "
-                        "by."),
+                        "by; they have to be in your home\ndirectory or on a memory card. A file "
+                        "with a name like a URL is written “./NAME”."),
          intent},
         {QStringLiteral("open-settings"),
          {CommonTexts::packageArgument()},

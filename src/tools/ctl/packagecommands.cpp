@@ -1,6 +1,7 @@
 #include "tools/ctl/packagecommands.h"
 
 #include "tools/common/daemonclient.h"
+#include "tools/common/hostfile.h"
 #include "tools/common/location.h"
 #include "tools/common/runtimeunit.h"
 #include "tools/ctl/apkfile.h"
@@ -34,33 +35,21 @@ Candidate examine(const QString &argument)
 {
     Candidate candidate;
     const Location location = locationOf(argument, QDir::currentPath());
-    if (!location.isFile) {
-        candidate.complaint =
-            QStringLiteral("%1 is not on this phone: download it first.").arg(argument);
-        return candidate;
-    }
     candidate.path = location.address;
     const QString &path = candidate.path;
-    const QFileInfo info(path);
-    if (FileArgument::isSplitArchive(path)) {
-        candidate.complaint = QStringLiteral("%1 holds an app split into several packages, which "
+    if (location.isFile && FileArgument::isSplitArchive(path)) {
+        candidate.complaint = QStringLiteral("“%1” holds an app split into several packages, which "
                                              "cannot be installed: get the app as one .apk file.")
                                   .arg(path);
-    } else if (!info.exists()) {
-        candidate.complaint = QStringLiteral("There is no file %1.").arg(path);
-    } else if (!info.isFile()) {
-        candidate.complaint = QStringLiteral("%1 is no regular file.").arg(path);
-    } else if (!info.isReadable()) {
-        candidate.complaint = QStringLiteral("You cannot read %1: look at its permissions with “ls "
-                                             "-l”.")
-                                  .arg(path);
-    } else {
-        candidate.apk = ApkFile::read(path);
-        if (!candidate.apk.isApk()) {
-            candidate.complaint =
-                QStringLiteral("%1 is no Android package, or a damaged one: get it again.")
-                    .arg(path);
-        }
+        return candidate;
+    }
+    candidate.complaint = HostFile::checkForReading(location).sentence;
+    if (!candidate.complaint.isEmpty())
+        return candidate;
+    candidate.apk = ApkFile::read(path);
+    if (!candidate.apk.isApk()) {
+        candidate.complaint =
+            QStringLiteral("“%1” is no Android package, or a damaged one: get it again.").arg(path);
     }
     return candidate;
 }

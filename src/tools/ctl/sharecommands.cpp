@@ -1,18 +1,15 @@
 #include "tools/ctl/sharecommands.h"
 
 #include "tools/common/daemonclient.h"
-#include "tools/common/location.h"
 #include "tools/common/runtimeunit.h"
 #include "tools/ctl/command.h"
 #include "tools/ctl/commontexts.h"
 #include "tools/ctl/context.h"
-#include "tools/ctl/fileargument.h"
+#include "tools/ctl/sharearguments.h"
 #include "tools/ctl/shareplan.h"
 #include "tools/ctl/sharetarget.h"
 #include "tools/ctl/texttable.h"
 
-#include <QDir>
-#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
 
@@ -74,59 +71,10 @@ Outcome targets(const Invocation &invocation, Context &context)
     return {};
 }
 
-/// Fills `items` from the arguments, or tells what is wrong with them.
-Outcome collect(const Invocation &invocation, ShareItems &items)
-{
-    QStringList missing;
-    QStringList types;
-    if (!invocation.has(QStringLiteral("--text"))) {
-        for (const QString &argument : invocation.arguments) {
-            const Location location = locationOf(argument, QDir::currentPath());
-            if (location.isFile && QFileInfo(location.address).isFile()) {
-                items.files.append(location.address);
-                types.append(mimeTypeOf(location));
-            } else {
-                missing.append(argument);
-            }
-        }
-    }
-
-    if (!items.files.isEmpty() && !missing.isEmpty()) {
-        return {ExitStatus::Refused,
-                QStringLiteral("There is no file %1; share files or a text, not both.")
-                    .arg(missing.first())};
-    }
-    // What looks like a file is a mistake rather than a text.
-    if (missing.size() == 1 && !invocation.has(QStringLiteral("--text")) &&
-        (missing.first().startsWith(QLatin1Char('/')) ||
-         missing.first().startsWith(QLatin1String("file:")))) {
-        return {ExitStatus::Refused,
-                QStringLiteral("There is no file %1. To share these words, give --text.")
-                    .arg(missing.first())};
-    }
-    for (const QString &file : qAsConst(items.files)) {
-        if (!FileArgument::isVisibleToRuntime(file)) {
-            return {ExitStatus::Refused,
-                    QStringLiteral("The runtime does not see %1: copy it into your home directory "
-                                   "or to a memory card.")
-                        .arg(file)};
-        }
-    }
-
-    items.mimeType = invocation.has(QStringLiteral("--type"))
-                         ? invocation.value(QStringLiteral("--type"))
-                         : SharePlan::commonType(types);
-    items.text = invocation.arguments.join(QLatin1Char(' '));
-    items.title = SharePlan::titleOf(invocation.has(QStringLiteral("--title"))
-                                         ? invocation.value(QStringLiteral("--title"))
-                                         : items.text);
-    return {};
-}
-
 Outcome share(const Invocation &invocation, Context &context)
 {
     ShareItems items;
-    const Outcome collected = collect(invocation, items);
+    const Outcome collected = ShareArguments::read(invocation, items);
     if (!collected.isDone())
         return collected;
     const Outcome ready = context.requireStartableRuntime();
@@ -181,8 +129,12 @@ QVector<Command> shareCommands()
           {QStringLiteral("--type"), QStringLiteral("MIME"), ArgumentKind::Word,
            QStringLiteral("MIME type of the files, by default what they look like"), false}},
          QStringLiteral("Share files, or a text, into an app"),
-         QStringLiteral("Arguments that are no files are the words of a text. Files have to be in "
-                        "the home directory or on a memory card,\nwhere the runtime sees them."),
+         QStringLiteral(
+             "Arguments that are no files are the words of a text, unless they look like "
+             "files. Files have to be in your home\ndirectory or on a memory card, where "
+             "the runtime sees them. Those of a type that begins with “text/” go "
+             "as\nfiles of any type, because bramd takes that type for a text to be "
+             "pasted."),
          share},
         {QStringLiteral("targets"),
          {},

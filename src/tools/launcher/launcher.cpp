@@ -1,11 +1,11 @@
 #include "tools/launcher/launcher.h"
 
+#include "tools/common/hostfile.h"
 #include "tools/common/location.h"
 #include "tools/common/runtimerevival.h"
 #include "tools/launcher/launchrequest.h"
 
 #include <QDir>
-#include <QFileInfo>
 #include <QVector>
 
 namespace {
@@ -21,14 +21,12 @@ QVector<Location> locations(const QStringList &arguments)
     return found;
 }
 
-/// The daemon would pass on any path, and the app would show its user a puzzle.
-Outcome checkThatTheyExist(const QVector<Location> &locations)
+Outcome checkThatTheyCanBeOpened(const QVector<Location> &locations)
 {
     for (const Location &location : locations) {
-        if (location.isFile && !QFileInfo::exists(location.address)) {
-            return {ExitStatus::Refused,
-                    QStringLiteral("There is no file “%1” to open.").arg(location.address)};
-        }
+        const Outcome outcome = HostFile::checkForApps(location);
+        if (!outcome.isDone())
+            return outcome;
     }
     return {};
 }
@@ -51,7 +49,7 @@ Launcher::Launcher(const QDBusConnection &bus)
 Outcome Launcher::launch(const LaunchRequest &request)
 {
     const QVector<Location> opened = locations(request.opened);
-    Outcome outcome = checkThatTheyExist(opened);
+    Outcome outcome = checkThatTheyCanBeOpened(opened);
     if (outcome.isDone())
         outcome = checkThatItCanStart(m_unit);
     if (outcome.isDone())

@@ -31,6 +31,8 @@ LaunchCommand readLaunchCommand(QStringList arguments)
 
     if (!arguments.isEmpty() && arguments.takeFirst() != QLatin1String("-d"))
         return wrong(QStringLiteral("What is to be opened stands behind “-d”."));
+    // Desktops that have nothing to open may put an empty word there.
+    arguments.removeAll(QString());
     LaunchCommand command;
     command.request = {package, activity.mid(slash + 1), arguments};
     return command;

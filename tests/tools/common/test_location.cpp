@@ -28,6 +28,7 @@ class TestLocation : public TestCase
 private Q_SLOTS:
     void an_argument_is_a_file_or_a_url_data();
     void an_argument_is_a_file_or_a_url();
+    void behind_a_link_two_dots_are_where_it_leads_to();
     void a_file_has_the_type_of_its_name();
     void a_file_without_ending_has_the_type_of_its_content();
     void urls_have_no_type_data();
@@ -45,6 +46,9 @@ void TestLocation::an_argument_is_a_file_or_a_url_data()
     row("absolute path", "/home/a/b.pdf", file("/home/a/b.pdf"));
     row("relative path", "b.pdf", file("/where/b.pdf"));
     row("relative path upwards", "../b.pdf", file("/b.pdf"));
+    row("a path above the root", "/../../b.pdf", file("/b.pdf"));
+    row("the root", "/", file("/"));
+    row("path with dots and slashes to spare", "/a/.//x/../b.pdf/", file("/a/b.pdf"));
     row("path with every odd character", "/a/100% \"Åse\" $HOME 'x' #1?.pdf",
         file("/a/100% \"Åse\" $HOME 'x' #1?.pdf"));
     row("path with what looks escaped", "/a/%20.pdf", file("/a/%20.pdf"));
@@ -53,6 +57,7 @@ void TestLocation::an_argument_is_a_file_or_a_url_data()
     row("one letter is no scheme", "c:x", file("/where/c:x"));
     row("file URL", "file:///home/a/b.pdf", file("/home/a/b.pdf"));
     row("file URL without authority", "file:/home/a/b.pdf", file("/home/a/b.pdf"));
+    row("file URL of a relative path", "file:b.pdf", file("/where/b.pdf"));
     row("file URL of this host", "file://localhost/home/a/b.pdf", file("/home/a/b.pdf"));
     row("file URL with escapes", "file:///a/100%25%20%C3%85se%20%231.pdf",
         file("/a/100% Åse #1.pdf"));
@@ -72,6 +77,23 @@ void TestLocation::an_argument_is_a_file_or_a_url()
 
     QCOMPARE(found.address, location.address);
     QCOMPARE(found.isFile, location.isFile);
+}
+
+void TestLocation::behind_a_link_two_dots_are_where_it_leads_to()
+{
+    const QTemporaryDir directory;
+    const QDir root(QFileInfo(directory.path()).canonicalFilePath());
+    QVERIFY(root.mkpath(QStringLiteral("there/below")) && root.mkpath(QStringLiteral("here")));
+    QVERIFY(QFile::link(root.filePath(QStringLiteral("there/below")),
+                        root.filePath(QStringLiteral("here/link"))));
+
+    const auto addressOf = [&root](const char *path) {
+        return root.relativeFilePath(
+            locationOf(root.filePath(QLatin1String(path)), QStringLiteral("/where")).address);
+    };
+    QCOMPARE(addressOf("here/link/../a.pdf"), QStringLiteral("there/a.pdf"));
+    QCOMPARE(addressOf("here/link/deep/../a.pdf"), QStringLiteral("here/link/a.pdf"));
+    QCOMPARE(addressOf("here/link/a.pdf"), QStringLiteral("here/link/a.pdf"));
 }
 
 void TestLocation::a_file_has_the_type_of_its_name()

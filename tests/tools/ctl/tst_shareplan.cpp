@@ -44,8 +44,6 @@ private Q_SLOTS:
     void neverCallsAFileAText();
     void knowsSplitArchives_data();
     void knowsSplitArchives();
-    void knowsWhatTheRuntimeSees_data();
-    void knowsWhatTheRuntimeSees();
 };
 
 void SharePlanTest::findsTheCommonType_data()
@@ -170,22 +168,6 @@ void SharePlanTest::knowsSplitArchives()
 {
     QFETCH(QString, path);
     QTEST(FileArgument::isSplitArchive(path), "isSplit");
-}
-
-void SharePlanTest::knowsWhatTheRuntimeSees_data()
-{
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<bool>("isVisible");
-    QTest::newRow("home") << "/home/user/a.pdf"_q << true;
-    QTest::newRow("card") << "/run/media/user/card/a.pdf"_q << true;
-    QTest::newRow("elsewhere") << "/tmp/a.pdf"_q << false;
-    QTest::newRow("system") << "/etc/passwd"_q << false;
-}
-
-void SharePlanTest::knowsWhatTheRuntimeSees()
-{
-    QFETCH(QString, path);
-    QTEST(FileArgument::isVisibleToRuntime(path), "isVisible");
 }
 
 QTEST_GUILESS_MAIN(SharePlanTest)

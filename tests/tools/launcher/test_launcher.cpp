@@ -2,6 +2,7 @@
 #include "platform/host/privatebus.h"
 #include "support/testcase.h"
 #include "tools/common/fakedaemon.h"
+#include "tools/common/hostfile.h"
 #include "tools/launcher/launcher.h"
 #include "tools/launcher/launchrequest.h"
 
@@ -43,6 +44,7 @@ private Q_SLOTS:
     void after_a_failure_nothing_more_is_asked();
     void of_several_none_is_opened_after_a_failure();
     void a_file_that_is_not_there_is_told_of_before_anything_is_asked();
+    void a_file_that_the_runtime_does_not_see_is_told_of();
 
 private:
     QDBusConnection client() const { return QDBusConnection(Client); }
@@ -119,7 +121,8 @@ void TestLauncher::each_thing_is_opened_by_a_call_of_its_own()
     QVERIFY(daemon.serve(address()));
 
     QVERIFY(Launcher(client())
-                .launch(request({QStringLiteral("/"), QStringLiteral("https://example.org")}))
+                .launch(request({QStringLiteral("https://example.org/a"),
+                                 QStringLiteral("https://example.org/b")}))
                 .isDone());
 
     QCOMPARE(daemon.calls(), QStringList({LaunchCall, LaunchCall}));
@@ -142,8 +145,8 @@ void TestLauncher::of_several_none_is_opened_after_a_failure()
     FakeDaemon daemon({{}, QStringLiteral("org.freedesktop.DBus.Error.AccessDenied"), false});
     QVERIFY(daemon.serve(address()));
 
-    const Outcome outcome =
-        Launcher(client()).launch(request({QStringLiteral("/"), QStringLiteral("/")}));
+    const Outcome outcome = Launcher(client()).launch(request(
+        {QStringLiteral("https://example.org/a"), QStringLiteral("https://example.org/b")}));
 
     QVERIFY(outcome.status == ExitStatus::Refused);
     QCOMPARE(daemon.calls(), QStringList{LaunchCall});
@@ -154,12 +157,23 @@ void TestLauncher::a_file_that_is_not_there_is_told_of_before_anything_is_asked(
     FakeDaemon daemon({{}, {}, false});
     QVERIFY(daemon.serve(address()));
 
-    const Outcome outcome =
-        Launcher(client()).launch(request({QStringLiteral("/"), QStringLiteral("/no/file.pdf")}));
+    const Outcome outcome = Launcher(client()).launch(
+        request({QStringLiteral("https://example.org/a"), QStringLiteral("/no/file.pdf")}));
 
-    const Outcome expected{ExitStatus::Refused,
-                           QStringLiteral("There is no file “/no/file.pdf” to open.")};
-    QVERIFY2(outcome == expected, qPrintable(outcome.sentence));
+    QVERIFY2(outcome == HostFile::missing(QStringLiteral("/no/file.pdf")),
+             qPrintable(outcome.sentence));
+    QCOMPARE(daemon.calls(), QStringList());
+}
+
+void TestLauncher::a_file_that_the_runtime_does_not_see_is_told_of()
+{
+    FakeDaemon daemon({{}, {}, false});
+    QVERIFY(daemon.serve(address()));
+
+    const Outcome outcome = Launcher(client()).launch(request({QStringLiteral("/etc/passwd")}));
+
+    QVERIFY2(outcome == HostFile::notSeenByRuntime(QStringLiteral("/etc/passwd")),
+             qPrintable(outcome.sentence));
     QCOMPARE(daemon.calls(), QStringList());
 }
 

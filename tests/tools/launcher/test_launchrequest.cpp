@@ -33,6 +33,9 @@ void TestLaunchRequest::a_command_line_of_an_entry_is_read_data()
     const QString link = QStringLiteral("https://example.org");
     QTest::newRow("a launcher") << QStringList() << QStringList();
     QTest::newRow("a handler with nothing to open") << QStringList{d} << QStringList();
+    QTest::newRow("an empty word is nothing to open") << QStringList{d, QString()} << QStringList();
+    QTest::newRow("an empty word beside a file")
+        << QStringList{d, QString(), file} << QStringList{file};
     QTest::newRow("a file") << QStringList{d, file} << QStringList{file};
     QTest::newRow("several, in their order")
         << QStringList{d, link, file} << QStringList{link, file};

@@ -1,0 +1,81 @@
+#include "tools/common/hostfile.h"
+
+#include "config/pathmapping.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <unistd.h>
+
+namespace HostFile {
+
+namespace {
+
+Outcome refused(const QString &sentence, const QString &path)
+{
+    return {ExitStatus::Refused, sentence.arg(path)};
+}
+
+} // namespace
+
+QString homeOfUser()
+{
+    return geteuid() == 0 ? QString() : QDir::homePath();
+}
+
+bool isSeenByRuntime(const QString &path, const QString &home)
+{
+    if (PathMapping::toAndroidPath(path) == path)
+        return false;
+    const QString homes = QStringLiteral("/home/");
+    if (!path.startsWith(QLatin1String("/home")))
+        return true;
+    if (home.startsWith(homes))
+        return path == home || path.startsWith(home + QLatin1Char('/'));
+    return path.startsWith(homes) && path.size() > homes.size();
+}
+
+Outcome missing(const QString &path)
+{
+    return refused(QStringLiteral("There is no file “%1”. Look at its spelling, and whether it was "
+                                  "moved or deleted."),
+                   path);
+}
+
+Outcome notSeenByRuntime(const QString &path)
+{
+    return refused(QStringLiteral("The runtime does not see “%1”: copy it into your home directory "
+                                  "or to a memory card."),
+                   path);
+}
+
+Outcome checkForApps(const Location &location)
+{
+    if (!location.isFile)
+        return {};
+    if (!QFileInfo::exists(location.address))
+        return missing(location.address);
+    return isSeenByRuntime(location.address) ? Outcome() : notSeenByRuntime(location.address);
+}
+
+Outcome checkForReading(const Location &location)
+{
+    if (!location.isFile) {
+        return refused(QStringLiteral("“%1” is not on this phone: download it first."),
+                       location.address);
+    }
+    const QFileInfo info(location.address);
+    if (!info.exists())
+        return missing(location.address);
+    if (!info.isFile()) {
+        return refused(QStringLiteral("“%1” is no regular file: name a file."), location.address);
+    }
+    if (!info.isReadable()) {
+        return refused(
+            QStringLiteral("You cannot read “%1”: look at its permissions with “ls -l”."),
+            location.address);
+    }
+    return {};
+}
+
+} // namespace HostFile
