@@ -27,9 +27,6 @@ UmbraTimezoneMonitor::UmbraTimezoneMonitor(QObject *parent)
     }
     connect(this, &UmbraBinderConnection::connectionChanged, this,
             &UmbraTimezoneMonitor::onServiceConnectionChanged);
-    // A runtime that was up already has been connected to before anyone could listen.
-    if (isConnected())
-        onServiceConnectionChanged(true);
 }
 
 UmbraTimezoneMonitor::~UmbraTimezoneMonitor()

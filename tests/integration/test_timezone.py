@@ -26,10 +26,10 @@ def wait_for_zones(phone, *expected):
 @pytest.mark.parametrize("sdk", [
     pytest.param(sdk, marks=pytest.mark.phone(sdk=sdk, services=("notifications", "timedate")))
     for sdk in (27, 28, 29, 30)])
-def test_the_hosts_zone_is_told_at_once(phone, sdk):
+def test_a_runtime_that_comes_up_is_told_the_hosts_zone(phone, sdk):
     del sdk
-    phone.start_runtime()
     phone.start_daemon()
+    start_runtime(phone)
     wait_for_zones(phone, HOME)
     assert phone.runtime.control("state")["timezone"] == HOME
 
@@ -37,7 +37,6 @@ def test_the_hosts_zone_is_told_at_once(phone, sdk):
 @with_time_daemon
 def test_a_new_zone_is_told_once(phone):
     start_beside_runtime(phone)
-    phone.runtime.forget()
     phone.timedate.set_zone(HOME)
     for zone in ("America/Argentina/Buenos_Aires", "UTC"):
         phone.timedate.set_zone(zone)
@@ -77,7 +76,8 @@ def test_a_failed_call_is_reported_and_not_repeated(phone):
 
 
 def test_a_missing_time_daemon_is_no_trouble_and_heard_when_it_comes(phone):
-    start_beside_runtime(phone)
+    phone.start_daemon()
+    start_runtime(phone)
     assert zones(phone) == [""]
     phone.runtime.forget()
     phone.start_service("timedate")
