@@ -1,6 +1,7 @@
 #include "fakes/fakeopenfile.h"
 
 #include "fakes/fakebinder.h"
+#include "fakes/pointer.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -19,12 +20,6 @@ Value decode(const char *bytes)
     Value value;
     std::memcpy(&value, bytes, sizeof value);
     return value;
-}
-
-template <typename Item>
-const Item *pointer(quint64 address)
-{
-    return reinterpret_cast<const Item *>(static_cast<std::uintptr_t>(address));
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "fakes/fakebinder.h"
 #include "fakes/fakeopenfile.h"
+#include "fakes/pointer.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -8,12 +9,6 @@
 #include <utility>
 
 namespace {
-
-template <typename Item>
-const Item *pointer(quint64 address)
-{
-    return reinterpret_cast<const Item *>(static_cast<std::uintptr_t>(address));
-}
 
 quint64 address(const void *pointer)
 {

@@ -4,9 +4,6 @@
 
 namespace {
 
-const QStringList Failed = {QStringLiteral("BR_FAILED_REPLY")};
-constexpr int ObjectSize = 24;
-
 Message &appendFile(Message &message, Party &owner, const QByteArray &content)
 {
     return message.object(BINDER_TYPE_FD, static_cast<quint64>(owner.makeFile(content)), 0);

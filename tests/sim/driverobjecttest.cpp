@@ -8,7 +8,6 @@ constexpr quint32 OwnObject = 0x73622a85;
 constexpr quint32 Handle = 0x73682a85;
 constexpr quint32 WeakOwnObject = 0x77622a85;
 constexpr quint32 WeakHandle = 0x77682a85;
-constexpr int ObjectSize = 24;
 
 } // namespace
 

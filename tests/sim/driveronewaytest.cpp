@@ -5,7 +5,6 @@
 namespace {
 
 const QStringList Complete = {QStringLiteral("BR_TRANSACTION_COMPLETE")};
-const QStringList Failed = {QStringLiteral("BR_FAILED_REPLY")};
 
 } // namespace
 

@@ -4,7 +4,6 @@
 
 namespace {
 
-const QStringList Failed = {QStringLiteral("BR_FAILED_REPLY")};
 constexpr int Mapping = int(Party::UsualMapping);
 
 QByteArray bytes(int size)

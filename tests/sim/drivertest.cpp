@@ -2,6 +2,8 @@
 
 #include <QtTest>
 
+const QStringList DriverTest::Failed = {QStringLiteral("BR_FAILED_REPLY")};
+
 void DriverTest::initTestCase()
 {
     const QString reason = DeviceUnderTest::reasonToSkip();

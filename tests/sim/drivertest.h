@@ -17,6 +17,9 @@ class DriverTest : public TestCase
     Q_OBJECT
 
 protected:
+    static constexpr int ObjectSize = 24; ///< of an object among the data: a flat_binder_object
+    static const QStringList Failed;      ///< all that is returned for a call that did not go out
+
     QByteArray device() const { return m_device->path(); }
     Party &manager() { return *m_manager; }
 

@@ -9,8 +9,6 @@ namespace Binder {
 
 namespace {
 
-constexpr qint32 NullLength = -1;
-
 template <typename Value>
 bool readPlain(const IncomingData &data, std::size_t *position, Value *value)
 {

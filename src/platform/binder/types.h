@@ -10,6 +10,10 @@ namespace Binder {
 using HandlerId = quint64;
 constexpr HandlerId NoHandler = 0;
 
+/// The length that a null string or array has in a Parcel (frameworks/native,
+/// libs/binder/Parcel.cpp).
+constexpr qint32 NullLength = -1;
+
 /// A remote object's number within this process's open file of the driver.
 using Handle = quint32;
 constexpr Handle ContextManagerHandle = 0;

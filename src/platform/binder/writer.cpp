@@ -11,8 +11,6 @@ namespace Binder {
 
 namespace {
 
-constexpr qint32 NullLength = -1;
-
 template <typename Value>
 void appendPlain(OutgoingData *data, Value value)
 {
