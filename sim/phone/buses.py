@@ -28,8 +28,13 @@ CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Con
     <allow receive_sender="*" eavesdrop="true"/>
   </policy>
   <limit name="reply_timeout">60000</limit>
+  {extra}
 </busconfig>
 """
+
+NOBODY_CALLS = """<policy context="mandatory">
+    <deny send_destination="{service}"/>
+  </policy>"""
 
 
 class BusConnection:
@@ -67,17 +72,27 @@ class Bus(BusConnection):
 
     def __init__(self, kind, path):
         path.parent.mkdir(parents=True, exist_ok=True)
-        configuration = Path(f"/run/phone/{kind}-bus.conf")
-        configuration.parent.mkdir(parents=True, exist_ok=True)
-        configuration.write_text(CONFIGURATION.format(kind=kind, socket=path), encoding="utf-8")
+        self._socket = path
+        self._configuration = Path(f"/run/phone/{kind}-bus.conf")
+        self._configuration.parent.mkdir(parents=True, exist_ok=True)
+        self._configure(kind)
         self.process = Process(f"{kind}-bus", ["/usr/bin/dbus-daemon", "--nofork", "--nopidfile",
-                                               f"--config-file={configuration}"])
+                                               f"--config-file={self._configuration}"])
         wait_for(lambda: _answers(path) or not self.process.running, lambda: self.process)
         super().__init__(kind, f"unix:path={path}")
+
+    def forbid_calls(self, service):
+        """From now on nobody may call the service, as a policy may have it for some users."""
+        self._configure(self.kind, NOBODY_CALLS.format(service=service))
+        self._bus.call("ReloadConfig")
 
     def stop(self):
         super().stop()
         self.process.stop()
+
+    def _configure(self, kind, extra=""):
+        self._configuration.write_text(
+            CONFIGURATION.format(kind=kind, socket=self._socket, extra=extra), encoding="utf-8")
 
 
 def _answers(path):

@@ -1,10 +1,11 @@
 """bramctl helps to find out what is wrong."""
 
 import json
+import signal
 
 from phone.waiting import wait_for
 
-from bramctl import REFUSED, bramctl, start
+from bramctl import DONE, REFUSED, bramctl, start
 from hostfiles import DOWNLOADS, traces
 from launches import WEATHER, start_with_weather
 
@@ -42,15 +43,20 @@ def test_signals_are_shown_as_they_come(phone):
         phone.bramd.call("setAppStartOnBootup", "sb", WEATHER, True)
         phone.bramd.call("launchApp", "s", WEATHER)
         phone.bramd.call("forceStopApp", "s", WEATHER)
+        for path in (output, lines):
+            wait_for(lambda path=path: "appClosed" in path.read_text("utf-8"), "the app's end")
         phone.stop_daemon()
         phone.stop_runtime()
         for path in (output, lines):
             wait_for(lambda path=path: "inactive" in path.read_text("utf-8"),
                      lambda path=path: f"the runtime's end in {path.read_text('utf-8')}")
+        for process, number in zip(monitors, (signal.SIGINT, signal.SIGTERM)):
+            process.send_signal(number)
+            assert process.wait(10) == DONE
     finally:
         for process in monitors:
-            process.terminate()
-            process.wait(10)
+            process.kill()
+            process.wait()
     assert [line.split(" ", 1)[1] for line in output.read_text("utf-8").splitlines()] == [
         "bramd running", "runtime active", f"appStartOnBootupChanged {WEATHER} true",
         f"appClosed {WEATHER}", "bramd not running", "runtime deactivating",
@@ -58,6 +64,12 @@ def test_signals_are_shown_as_they_come(phone):
     objects = [json.loads(line) for line in lines.read_text("utf-8").splitlines()]
     assert objects[2]["signal"] == "appStartOnBootupChanged"
     assert objects[2]["arguments"] == [WEATHER, True]
+
+
+def test_a_full_disk_ends_the_monitor(phone):
+    phone.start_daemon()
+    process = start("monitor", output="/dev/full")
+    assert process.wait(10) == REFUSED
 
 
 def test_a_report_has_everything(papertrail):

@@ -1,8 +1,8 @@
 """bramctl and the runtime as a whole: its state, start and stop, version and disk use."""
 
-from phone.runtime import DATA_ROOT
+from phone.runtime import CONTROL, DATA_ROOT
 
-from bramctl import NO_RUNTIME, NOT_CONFIRMED, bramctl
+from bramctl import NO_RUNTIME, NOT_CONFIRMED, REFUSED, bramctl
 from daemonsteps import forgive_deaths, start_beside_runtime
 from launches import WEATHER
 
@@ -35,6 +35,35 @@ def test_it_is_restarted(phone):
     assert [name for name, _ in phone.unit.calls("StopUnit")] == ["StopUnit"]
     forgive_deaths(phone)
     assert phone.unit.state() == "active"
+
+
+def test_one_that_does_not_stop_in_order_is_restarted_all_the_same(phone):
+    unruly = ["/bin/sh", "-c", "trap 'kill $!; wait; exit 1' TERM; \"$@\" & wait", "sh",
+              *phone.runtime.command()]
+    phone.start_daemon()
+    phone.unit.set_command(unruly, CONTROL)
+    bramctl("start").done()
+    bramctl("stop").failed(REFUSED, "not in order", "journalctl -u umbravm")
+    assert phone.unit.state() == "failed"
+    bramctl("start").done()
+    phone.unit.set_command(phone.runtime.command(), CONTROL)
+    bramctl("restart").done("has stopped, but not in order", "runs.")
+    assert phone.unit.state() == "active"
+    forgive_deaths(phone)
+
+
+def test_one_that_fails_again_at_once_is_reported(phone):
+    phone.start_daemon()
+    phone.unit.show("failed", "failed")
+    phone.unit.set_command(["/bin/false"], "/run/phone/nobody")
+    bramctl("start").failed(NO_RUNTIME, "has failed to start")
+
+
+def test_one_that_systemd_does_not_begin_to_start_is_reported(phone):
+    start_beside_runtime(phone)
+    phone.unit.show("failed", "failed")  # while its process lives, this systemd begins nothing
+    bramctl("start").failed(NO_RUNTIME, "has failed to start")
+    phone.unit.show("active", "running")
 
 
 def test_one_that_has_failed_is_started_anew(phone):

@@ -4,12 +4,14 @@ from pathlib import Path
 
 import pytest
 
+from phone.daemon import SERVICE
 from phone.runtime import IMAGE
 
 from bramctl import DONE, NO_RUNTIME, REFUSED, UNREACHABLE, USAGE, bramctl
 from conditions import needs_other_users
 from daemonsteps import DAEMON
 from hostfiles import APPLICATIONS, ICONS, SETTINGS, download
+from tools import run as run_program
 
 BLACKLIST = Path("/etc/bramd/app-blacklist")
 INVOKER = Path("/usr/bin/invoker")
@@ -49,6 +51,13 @@ def test_without_a_bus(phone):
             UNREACHABLE, "The system bus cannot be reached", "systemctl status dbus")
     for words in (["list"], ["hidden"], ["targets"], ["help"], ["bugreport"]):
         assert run(words, DBUS_SYSTEM_BUS_ADDRESS="unix:path=/nowhere").status == DONE
+
+
+def test_without_permission(phone):
+    phone.start_daemon()
+    phone.system_bus.forbid_calls(SERVICE)
+    for words in [["start"], ["licenses"], ["usage"], ["monitor"]]:
+        run(words).failed(REFUSED, "You may not call bramd", "Ask the administrator")
 
 
 def test_with_a_stopped_runtime(phone):
@@ -112,6 +121,17 @@ def test_a_senseless_call_is_refused(phone):
     for words, says in SENSELESS:
         bramctl(*words).failed(USAGE, says)
     assert phone.unit.state() == "inactive"
+
+
+@pytest.mark.parametrize("command", [
+    "bramctl list", "bramctl help", "bramctl version --json", "bramctl --version",
+    "bramd-launcher --help", "bramd-open-apk --version"])
+def test_what_cannot_be_written_is_told(phone, command):
+    phone.start_daemon()
+    ended = run_program("sh", "-c", f"{command} >/dev/full")
+    assert ended.returncode == REFUSED
+    assert "The output could not be written (No space left on device)." in ended.stderr
+    assert ended.stderr.count("\n") == 1
 
 
 def test_an_empty_registry_is_explained(phone):

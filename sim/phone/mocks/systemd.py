@@ -117,7 +117,8 @@ class Unit:
             return False
         if process.poll() is not None:
             self._process = None
-            self.show("inactive" if self._stopping else "failed")
+            in_order = self._stopping and process.returncode in (0, -signal.SIGTERM)
+            self.show("inactive" if in_order else "failed")
             return False
         if self.state == "activating" and not self.activation_held and self._answers():
             self.show("active")

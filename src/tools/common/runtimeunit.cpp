@@ -127,6 +127,14 @@ Outcome RuntimeUnit::watch()
     if (!subscribed.isValid())
         return notKnown(subscribed.error()).outcome;
     m_bus.connect(Systemd, unit.value().path(), PropertiesInterface,
-                  QStringLiteral("PropertiesChanged"), this, SIGNAL(changed()));
+                  QStringLiteral("PropertiesChanged"), this,
+                  SLOT(onPropertiesChanged(QString, QVariantMap)));
     return {};
+}
+
+void RuntimeUnit::onPropertiesChanged(const QString &interface, const QVariantMap &changed)
+{
+    const QString activeState = changed.value(QStringLiteral("ActiveState")).toString();
+    if (interface == UnitInterface && !activeState.isEmpty())
+        Q_EMIT activeStateChanged(activeState);
 }

@@ -7,6 +7,7 @@
 #include <QDBusReply>
 #include <QObject>
 #include <QString>
+#include <QVariantMap>
 
 /// The systemd unit that runs the Android runtime, "umbravm.service", as systemd itself describes
 /// it over the system bus. The daemon's own `isRunning` is no help: it always answers false.
@@ -36,13 +37,17 @@ public:
     /// Asks anew, and blocks until there is an answer.
     State read() const;
 
-    /// Has changed() emitted from now on, which needs an event loop. Call it before a state is read
-    /// that others are to follow, or one may be missed.
+    /// Has activeStateChanged() emitted from now on, which needs an event loop. Call it before a
+    /// state is read that others are to follow, or one may be missed.
     Outcome watch();
 
 Q_SIGNALS:
-    /// Something about the unit has changed; read() tells what.
-    void changed();
+    /// In the order in which the unit went through them, the short ones too, which read() may miss.
+    /// A state may be told again.
+    void activeStateChanged(const QString &activeState);
+
+private Q_SLOTS:
+    void onPropertiesChanged(const QString &interface, const QVariantMap &changed);
 
 private:
     QDBusReply<QDBusObjectPath> load() const;

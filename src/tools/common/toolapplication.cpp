@@ -1,9 +1,8 @@
 #include "tools/common/toolapplication.h"
 
-#include "tools/common/exitstatus.h"
+#include "tools/common/standardoutput.h"
 
 #include <QLoggingCategory>
-#include <QTextStream>
 
 ToolApplication::ToolApplication(int &argc, char **argv, const QString &name)
     : QCoreApplication(argc, argv)
@@ -21,8 +20,7 @@ QStringList ToolApplication::words() const
 
 int ToolApplication::print(const QString &text)
 {
-    QTextStream(stdout) << text;
-    return static_cast<int>(ExitStatus::Done);
+    return reportOutcome(writeToStandardOutput(text.toUtf8()));
 }
 
 int ToolApplication::printVersion()

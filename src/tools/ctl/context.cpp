@@ -6,6 +6,7 @@
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
+#include <QDBusMessage>
 #include <QDBusReply>
 
 namespace {
@@ -66,6 +67,19 @@ Outcome Context::requireDaemon() const
     return callFailure(
         QDBusError(QDBusError::Disconnected, QDBusConnection::systemBus().lastError().message()),
         false, DaemonClient::CallTimeoutMs);
+}
+
+Outcome Context::requirePermission() const
+{
+    constexpr int AnswerTimeoutMs = 2000; // a daemon that is busy later than that admits us
+
+    QDBusMessage ping = QDBusMessage::createMethodCall(Service, QStringLiteral("/"),
+                                                       QStringLiteral("org.freedesktop.DBus.Peer"),
+                                                       QStringLiteral("Ping"));
+    ping.setAutoStartService(false);
+    const QDBusError error(QDBusConnection::systemBus().call(ping, QDBus::Block, AnswerTimeoutMs));
+    return error.type() == QDBusError::AccessDenied ? callFailure(error, true, AnswerTimeoutMs)
+                                                    : Outcome();
 }
 
 Outcome Context::requireStartableRuntime()

@@ -31,6 +31,10 @@ public:
     /// Done when a request would find a daemon.
     Outcome requireDaemon() const;
 
+    /// Done unless the bus says that this user may not call the daemon, nor hear its signals. It
+    /// says so only while the daemon runs.
+    Outcome requirePermission() const;
+
     /// Done when there is a daemon and the runtime is started by the request, if it does not run:
     /// the daemon leaves a unit alone that has failed, and would keep the request for ever.
     Outcome requireStartableRuntime();

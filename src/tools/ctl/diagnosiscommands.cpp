@@ -1,5 +1,6 @@
 #include "tools/ctl/diagnosiscommands.h"
 
+#include "tools/common/interruption.h"
 #include "tools/common/runtimeunit.h"
 #include "tools/ctl/bugreport.h"
 #include "tools/ctl/command.h"
@@ -17,17 +18,29 @@ namespace {
 
 Outcome monitor(const Invocation &invocation, Context &context)
 {
+    const Interruption interruption; // before the first look at the bus
     const Outcome reachable = context.requireDaemon();
     if (reachable.status == ExitStatus::DaemonUnreachable &&
         context.daemonState() == Context::DaemonState::NoBus)
         return reachable;
+    const Outcome permitted = context.requirePermission();
+    if (!permitted.isDone())
+        return permitted;
+
     SignalPrinter printer(context.out(), context.unit(), invocation.has(QStringLiteral("--json")));
     QEventLoop loop;
-    QObject::connect(&printer, &SignalPrinter::busGone, &loop, &QEventLoop::quit);
+    Outcome outcome;
+    QObject::connect(&interruption, &Interruption::requested, &loop, &QEventLoop::quit);
+    QObject::connect(&printer, &SignalPrinter::outputGone, &loop, &QEventLoop::quit);
+    QObject::connect(&printer, &SignalPrinter::busGone, &loop, [&loop, &outcome] {
+        outcome = {ExitStatus::DaemonUnreachable,
+                   QStringLiteral("The system bus has gone. Look at “systemctl status dbus”.")};
+        loop.quit();
+    });
     printer.start();
-    loop.exec();
-    return {ExitStatus::DaemonUnreachable,
-            QStringLiteral("The system bus has gone. Look at “systemctl status dbus”.")};
+    if (context.out().written().isDone())
+        loop.exec();
+    return outcome;
 }
 
 /// Done only when nothing was found, so that a script can tell.

@@ -16,9 +16,8 @@ Outcome usageError(const QString &error, const QString &nextStep)
     return {ExitStatus::Usage, error + QLatin1Char(' ') + nextStep};
 }
 
-Outcome run(const QStringList &words)
+Outcome run(const QStringList &words, Context &context)
 {
-    Context context;
     const QString name = words.value(0);
     if (name == QLatin1String("--help") || name == QLatin1String("-h")) {
         context.out().text(Help::overview(CommandTable::commands()).trimmed());
@@ -57,5 +56,8 @@ int main(int argc, char *argv[])
     const QStringList words = application.words();
     if (words == QStringList(QStringLiteral("--version")))
         return ToolApplication::printVersion();
-    return reportOutcome(run(words));
+    Context context;
+    const Outcome outcome = run(words, context);
+    const Outcome &written = context.out().written();
+    return reportOutcome(written.isDone() || !outcome.sentence.isEmpty() ? outcome : written);
 }

@@ -1,22 +1,11 @@
 #include "tools/ctl/output.h"
 
 #include "config/runtimetext.h"
+#include "tools/common/standardoutput.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-
-#include <cstdio>
-
-namespace {
-
-void print(const QByteArray &text)
-{
-    fwrite(text.constData(), 1, static_cast<size_t>(text.size()), stdout);
-    fflush(stdout);
-}
-
-} // namespace
 
 void Output::line(const QString &text)
 {
@@ -51,4 +40,10 @@ void Output::answer(bool inJson, const QJsonValue &value, const QStringList &tex
         json(value);
     else
         lines(texts);
+}
+
+void Output::print(const QByteArray &text)
+{
+    if (m_written.isDone())
+        m_written = writeToStandardOutput(text);
 }

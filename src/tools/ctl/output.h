@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tools/common/outcome.h"
+
 #include <QJsonValue>
 #include <QString>
 #include <QStringList>
@@ -26,4 +28,12 @@ public:
 
     /// json() when the answer is asked for in JSON, otherwise lines().
     void answer(bool inJson, const QJsonValue &value, const QStringList &texts);
+
+    /// Done unless something could not be written. From then on nothing more is.
+    const Outcome &written() const { return m_written; }
+
+private:
+    void print(const QByteArray &text);
+
+    Outcome m_written;
 };

@@ -130,10 +130,7 @@ Outcome stop(const Invocation &invocation, Context &context)
 Outcome restart(const Invocation &invocation, Context &context)
 {
     const int timeoutMs = Waiting::timeoutMs(invocation, StartTimeoutS);
-    if (timeoutMs < 0)
-        return CommonTexts::badTimeout();
-    const Outcome stopped = UnitControl::stop(context, timeoutMs);
-    return stopped.isDone() ? UnitControl::start(context, timeoutMs) : stopped;
+    return timeoutMs < 0 ? CommonTexts::badTimeout() : UnitControl::restart(context, timeoutMs);
 }
 
 Outcome autostart(const Invocation &invocation, Context &context)

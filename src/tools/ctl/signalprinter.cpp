@@ -31,22 +31,21 @@ SignalPrinter::SignalPrinter(Output &output, RuntimeUnit &unit, bool inJson)
 void SignalPrinter::start()
 {
     QDBusConnection bus = QDBusConnection::systemBus();
-    // Every signal of the interface, from whatever path: apps that end are told from a path of
-    // their own.
+    // Every signal of the interface, whatever object it is about.
     bus.connect(Service, QString(), Service, QString(), this, SLOT(onSignal(QDBusMessage)));
     bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
                 QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this,
                 SIGNAL(busGone()));
     connect(bus.interface(), &QDBusConnectionInterface::serviceOwnerChanged, this,
             &SignalPrinter::onOwnerChanged);
-    connect(&m_unit, &RuntimeUnit::changed, this, &SignalPrinter::onUnitChanged);
+    connect(&m_unit, &RuntimeUnit::activeStateChanged, this, &SignalPrinter::onUnitState);
 
     print(QStringLiteral("bramd"), {daemonText(bus.interface()->isServiceRegistered(Service))});
     const Outcome watched = m_unit.watch();
-    if (watched.isDone())
-        onUnitChanged();
-    else
-        reportOutcome(watched);
+    const RuntimeUnit::State state = m_unit.read();
+    if (state.outcome.isDone())
+        onUnitState(state.activeState);
+    reportOutcome(watched.isDone() ? state.outcome : watched);
 }
 
 void SignalPrinter::onSignal(const QDBusMessage &message)
@@ -62,12 +61,11 @@ void SignalPrinter::onOwnerChanged(const QString &service, const QString &oldOwn
         print(QStringLiteral("bramd"), {daemonText(!newOwner.isEmpty())});
 }
 
-void SignalPrinter::onUnitChanged()
+void SignalPrinter::onUnitState(const QString &activeState)
 {
-    const RuntimeUnit::State state = m_unit.read();
-    if (!state.outcome.isDone() || state.activeState == m_unitState)
+    if (activeState == m_unitState)
         return;
-    m_unitState = state.activeState;
+    m_unitState = activeState;
     print(QStringLiteral("runtime"), {m_unitState});
 }
 
@@ -80,10 +78,12 @@ void SignalPrinter::print(const QString &name, const QVariantList &values)
                          now.toOffsetFromUtc(now.offsetFromUtc()).toString(Qt::ISODate)},
                         {QStringLiteral("signal"), name},
                         {QStringLiteral("arguments"), QJsonArray::fromVariantList(values)}});
-        return;
+    } else {
+        QStringList words{now.toString(QStringLiteral("HH:mm:ss")), name};
+        for (const QVariant &value : values)
+            words.append(RuntimeText::singleLine(value.toString()));
+        m_output.line(words.join(QLatin1Char(' ')));
     }
-    QStringList words{now.toString(QStringLiteral("HH:mm:ss")), name};
-    for (const QVariant &value : values)
-        words.append(RuntimeText::singleLine(value.toString()));
-    m_output.line(words.join(QLatin1Char(' ')));
+    if (!m_output.written().isDone())
+        Q_EMIT outputGone();
 }

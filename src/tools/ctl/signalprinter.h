@@ -20,11 +20,13 @@ public:
 
 Q_SIGNALS:
     void busGone();
+    /// The output takes no more.
+    void outputGone();
 
 private Q_SLOTS:
     void onSignal(const QDBusMessage &message);
     void onOwnerChanged(const QString &service, const QString &oldOwner, const QString &newOwner);
-    void onUnitChanged();
+    void onUnitState(const QString &activeState);
 
 private:
     void print(const QString &name, const QVariantList &values);

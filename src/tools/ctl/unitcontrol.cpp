@@ -39,12 +39,34 @@ RuntimeUnit::State stateBefore(Context &context)
     return state.outcome.isDone() ? context.unit().read() : state;
 }
 
+bool hasStopped(const RuntimeUnit::State &state)
+{
+    return state.activeState == QLatin1String("inactive") || hasFailed(state);
+}
+
+/// Done when it has stopped, in order or not: `state` tells.
+Outcome waitUntilStopped(Context &context, int timeoutMs, RuntimeUnit::State &state)
+{
+    const Outcome taken = context.daemon().finish(context.daemon().proxy().controlService(false));
+    if (!taken.isDone())
+        return taken;
+    const auto hasEnded = [&context, &state] {
+        state = context.unit().read();
+        return !state.outcome.isDone() || hasStopped(state);
+    };
+    const bool inTime = Waiting::until(hasEnded, timeoutMs);
+    if (!state.outcome.isDone())
+        return state.outcome;
+    return inTime ? Outcome() : notInTime(QStringLiteral("stopped"), state);
+}
+
 } // namespace
 
 Outcome start(Context &context, int timeoutMs)
 {
     // A unit that had failed before shows so until systemd has begun, and again when the start
-    // fails at once, too fast to be seen.
+    // fails at once, too fast to be seen, or systemd does not begin: after several failures in a
+    // row it refuses to.
     constexpr int LookedFailedMs = 5000;
 
     RuntimeUnit::State state = stateBefore(context);
@@ -55,12 +77,11 @@ Outcome start(Context &context, int timeoutMs)
         return {};
     }
 
-    const bool failedBefore = hasFailed(state);
+    bool begun = !hasFailed(state);
     const Outcome taken = context.daemon().finish(context.daemon().proxy().controlService(true));
     if (!taken.isDone())
         return taken;
     const QDeadlineTimer staysFailed(LookedFailedMs);
-    bool begun = !failedBefore;
     const auto hasEnded = [&] {
         state = context.unit().read();
         begun = begun || !hasFailed(state);
@@ -83,37 +104,42 @@ Outcome start(Context &context, int timeoutMs)
 
 Outcome stop(Context &context, int timeoutMs)
 {
-    RuntimeUnit::State state = stateBefore(context);
-    if (!state.outcome.isDone())
-        return state.outcome;
-    const auto hasStopped = [&state] {
-        return state.activeState == QLatin1String("inactive") || hasFailed(state);
-    };
-    if (hasStopped()) {
+    const RuntimeUnit::State before = stateBefore(context);
+    if (!before.outcome.isDone())
+        return before.outcome;
+    if (hasStopped(before)) {
         context.out().line(
-            QStringLiteral("The Android runtime does not run (%1).").arg(state.activeState));
+            QStringLiteral("The Android runtime does not run (%1).").arg(before.activeState));
         return {};
     }
-
-    const Outcome taken = context.daemon().finish(context.daemon().proxy().controlService(false));
-    if (!taken.isDone())
-        return taken;
-    const auto hasEnded = [&] {
-        state = context.unit().read();
-        return !state.outcome.isDone() || hasStopped();
-    };
-    const bool inTime = Waiting::until(hasEnded, timeoutMs);
-    if (!state.outcome.isDone())
-        return state.outcome;
-    if (!inTime)
-        return notInTime(QStringLiteral("stopped"), state);
-    if (hasFailed(state)) {
+    RuntimeUnit::State state;
+    const Outcome stopped = waitUntilStopped(context, timeoutMs, state);
+    if (stopped.isDone() && hasFailed(state)) {
         return {ExitStatus::Refused,
                 QStringLiteral("The Android runtime has stopped, but not in order. “journalctl -u "
                                "umbravm” tells why.")};
     }
-    context.out().line(QStringLiteral("The Android runtime has stopped."));
-    return {};
+    if (stopped.isDone())
+        context.out().line(QStringLiteral("The Android runtime has stopped."));
+    return stopped;
+}
+
+Outcome restart(Context &context, int timeoutMs)
+{
+    const QDeadlineTimer deadline(timeoutMs);
+    const RuntimeUnit::State before = stateBefore(context);
+    if (!before.outcome.isDone())
+        return before.outcome;
+    if (!hasStopped(before)) {
+        RuntimeUnit::State state;
+        const Outcome stopped = waitUntilStopped(context, timeoutMs, state);
+        if (!stopped.isDone())
+            return stopped;
+        context.out().line(
+            hasFailed(state) ? QStringLiteral("The Android runtime has stopped, but not in order.")
+                             : QStringLiteral("The Android runtime has stopped."));
+    }
+    return start(context, static_cast<int>(deadline.remainingTime()));
 }
 
 Outcome setAutostart(Context &context, bool enable)

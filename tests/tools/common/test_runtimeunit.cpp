@@ -37,7 +37,7 @@ private Q_SLOTS:
     void a_refusal_leaves_the_state_unknown();
     void without_systemd_the_state_is_unknown();
     void without_a_bus_the_bus_is_what_is_wrong();
-    void news_are_told_once_it_is_watched();
+    void every_state_is_told_once_it_is_watched();
     void what_cannot_be_watched_is_told();
 
 private:
@@ -197,16 +197,23 @@ void TestRuntimeUnit::without_a_bus_the_bus_is_what_is_wrong()
     QCOMPARE(unit.read().outcome.status, ExitStatus::DaemonUnreachable);
 }
 
-void TestRuntimeUnit::news_are_told_once_it_is_watched()
+void TestRuntimeUnit::every_state_is_told_once_it_is_watched()
 {
     FakeSystemd systemd(m_bus->address(), runningUnit());
     RuntimeUnit unit(client());
-    QSignalSpy changed(&unit, &RuntimeUnit::changed);
+    QSignalSpy told(&unit, &RuntimeUnit::activeStateChanged);
+    const QString activeState = QStringLiteral("ActiveState");
 
     QVERIFY(unit.watch().isDone());
-    systemd.changeProperties({{QStringLiteral("ActiveState"), QStringLiteral("failed")}});
+    systemd.changeProperties({{activeState, QStringLiteral("deactivating")}});
+    systemd.changeProperties({{QStringLiteral("SubState"), QStringLiteral("stop-post")}});
+    systemd.changeProperties({{activeState, QStringLiteral("of another interface")}},
+                             QStringLiteral("org.freedesktop.systemd1.Service"));
+    systemd.changeProperties({{activeState, QStringLiteral("inactive")}});
 
-    QVERIFY(changed.wait());
+    QTRY_COMPARE(told.size(), 2);
+    QCOMPARE(told.at(0), QVariantList{QStringLiteral("deactivating")});
+    QCOMPARE(told.at(1), QVariantList{QStringLiteral("inactive")});
     QVERIFY(systemd.calls().contains(QStringLiteral(
         "/org/freedesktop/systemd1 org.freedesktop.systemd1.Manager.Subscribe  ()")));
 }
