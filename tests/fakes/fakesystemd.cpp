@@ -103,7 +103,7 @@ bool FakeSystemd::Object::handleMessage(const QDBusMessage &message,
     return true;
 }
 
-QDBusMessage FakeSystemd::Object::answer(const QDBusMessage &message) const
+QDBusMessage FakeSystemd::Object::answer(const QDBusMessage &message)
 {
     if (message.member() == QStringLiteral("LoadUnit")) {
         if (!m_unit.loadable) {
@@ -115,7 +115,10 @@ QDBusMessage FakeSystemd::Object::answer(const QDBusMessage &message) const
     if (message.member() == QStringLiteral("GetAll")) {
         if (!m_unit.readable)
             return message.createErrorReply(QDBusError::AccessDenied, QStringLiteral("No."));
-        return message.createReply(m_unit.properties);
+        const QVariantMap now = m_unit.properties;
+        if (!m_unit.next.isEmpty())
+            m_unit.properties = m_unit.next.takeFirst();
+        return message.createReply(now);
     }
     if (message.member() == QStringLiteral("GetUnitFileState") && !m_unit.fileState.isEmpty())
         return message.createReply(m_unit.fileState);

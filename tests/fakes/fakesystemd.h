@@ -8,6 +8,7 @@
 #include <QStringList>
 #include <QThread>
 #include <QVariantMap>
+#include <QVector>
 
 /// systemd's manager with the one unit "umbravm.service", under its real name on a bus of the
 /// test's own. It answers from a thread of its own, so that the test may call it and block.
@@ -22,6 +23,9 @@ public:
         bool loadable = true; ///< else LoadUnit is answered with the error "Unit is masked."
         bool readable = true; ///< else GetAll is answered with an error
         QVariantMap properties;
+        /// What GetAll answers next, one after the other, when it has told `properties` once; the
+        /// last one stays.
+        QVector<QVariantMap> next;
         QString fileState; ///< what GetUnitFileState is answered with, unless it is empty
     };
 
@@ -59,9 +63,9 @@ private:
         QStringList calls;
 
     private:
-        QDBusMessage answer(const QDBusMessage &message) const;
+        QDBusMessage answer(const QDBusMessage &message);
 
-        const Unit m_unit;
+        Unit m_unit; ///< used by the thread that answers only
     };
 
     QThread m_thread;

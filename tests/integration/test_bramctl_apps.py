@@ -5,7 +5,7 @@ import pytest
 from phone.runtime import DATA_ROOT
 from phone.waiting import wait_for
 
-from bramctl import NO_RUNTIME, NOT_CONFIRMED, REFUSED, bramctl
+from bramctl import NO_RUNTIME, NOT_CONFIRMED, REFUSED, UNREACHABLE, bramctl, start
 from daemonsteps import BINDER
 from hostfiles import entry_path
 from launches import WEATHER, start_with_weather
@@ -79,6 +79,25 @@ def test_a_size_that_ends_early_is_not_shown(phone):
     start_with_weather(phone)
     phone.runtime.fault("storagestats", "short", value=8)
     bramctl("size", WEATHER).failed(NO_RUNTIME, f"tells nothing about {WEATHER}")
+
+
+def test_of_several_sizes_the_first_failure_decides(phone):
+    start_with_weather(phone)
+    phone.runtime.fault("storagestats", "short", value=8)
+    answer = bramctl("size", WEATHER, "org.example.nothing")
+    assert answer.status == NO_RUNTIME
+    assert "knows no app org.example.nothing" in answer.err
+
+
+def test_a_daemon_that_ends_is_not_asked_for_further_sizes(phone, tmp_path):
+    start_with_weather(phone)
+    phone.runtime.fault("storagestats", "hang")
+    output = tmp_path / "output"
+    process = start("size", WEATHER, WEATHER, output=output)
+    wait_for(lambda: phone.runtime.transactions("storagestats"), "the first question")
+    phone.daemon.crash()
+    assert process.wait(30) == UNREACHABLE
+    assert output.read_text("utf-8").count("\n") == 1
 
 
 def test_a_running_app_is_stopped(phone):

@@ -5,17 +5,12 @@ from pathlib import Path
 import pytest
 
 from phone.daemon import SERVICE
-from phone.runtime import IMAGE
 
 from bramctl import DONE, NO_RUNTIME, REFUSED, UNREACHABLE, USAGE, bramctl
-from conditions import needs_other_users
-from daemonsteps import DAEMON
 from hostfiles import APPLICATIONS, ICONS, SETTINGS, download
 from tools import run as run_program
 
 BLACKLIST = Path("/etc/bramd/app-blacklist")
-INVOKER = Path("/usr/bin/invoker")
-STORE_CLIENT = Path("/usr/bin/store-client")
 
 APP = "org.example.weather"
 
@@ -81,21 +76,6 @@ def test_without_the_runtimes_unit(phone):
     phone.unit = None
     for words in [["status"], *NEEDS_RUNNING, *STARTS_IT, ["start"], ["stop"]]:
         run(words).failed(NO_RUNTIME, "systemctl status umbravm.service")
-
-
-@needs_other_users
-def test_without_the_runtimes_image(phone):
-    phone.start_daemon()
-    (IMAGE / "system.img").unlink()
-    for program in (INVOKER, STORE_CLIENT):
-        program.write_text("#!/bin/sh\n", encoding="utf-8")
-        program.chmod(0o755)
-    try:
-        bramctl("install", download("weather")).failed(NO_RUNTIME, "not installed", "store")
-    finally:
-        for program in (INVOKER, STORE_CLIENT):
-            program.unlink()
-    phone.daemon.log.expect("QRT is not installed, offering installation", "warning", DAEMON)
 
 
 SENSELESS = [

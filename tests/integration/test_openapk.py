@@ -5,11 +5,12 @@ from pathlib import Path
 
 import pytest
 
-from phone.namespace import USER
+from phone.namespace import USER, USER_ID
 from phone.waiting import wait_for
 
 import tools
-from daemonsteps import expect_deaths, start_beside_runtime
+from conditions import needs_other_users
+from daemonsteps import DAEMON, expect_deaths, start_beside_runtime
 from hostfiles import INCOMING, download, entries
 from texts import ENGLISH, catalogue
 
@@ -27,7 +28,8 @@ def own_notices(phone, count):
     """What the opener showed, each a dict; the daemon's notices are no part of it."""
     def found():
         return [notice for notice in phone.notifications.notices()
-                if not notice["summary"].startswith(ENGLISH["bramd-install-success"])]
+                if notice["summary"] and not notice["summary"].startswith(
+                    ENGLISH["bramd-install-success"])]
     wait_for(lambda: len(found()) >= count, f"{count} notices")
     return found()
 
@@ -80,8 +82,41 @@ def test_a_failed_runtime_is_started(phone):
 def test_a_file_that_is_not_there_is_told_of(phone):
     result = open_apk("gone.apk", cwd=HOME)
     assert result.returncode == 1
-    assert complaint(result) == f"There is no file “{HOME}/gone.apk” to install."
-    check_failure(phone, "gone.apk", "bramd-install-refused")
+    assert complaint(result) == (f"There is no file “{HOME}/gone.apk”. Look at its spelling, and "
+                                 "whether it was moved or deleted.")
+    assert [(notice["replaces"], notice["summary"], notice["body"])
+            for notice in own_notices(phone, 1)] == [
+                (0, f"{ENGLISH['bramd-install-failed']}: gone.apk",
+                 ENGLISH["bramd-install-no-file"])]
+
+
+@needs_other_users
+@pytest.mark.phone(services=["notifications", "accounts"])
+def test_a_policy_that_forbids_it_is_told_of_and_the_first_notice_taken_back(phone):
+    start_beside_runtime(phone)
+    phone.accounts.allow_installation(False)
+    path = download("weather")
+    path.chmod(0o644)
+    result = tools.run("setpriv", "--reuid", str(USER_ID), "--regid", str(USER_ID),
+                       "--clear-groups", "bramd-open-apk", path)
+    assert result.returncode == 1
+    assert complaint(result).startswith(f"bramd has refused “{path}”.")
+    phone.daemon.log.expect("APK installation prohibited", "critical", DAEMON)
+    phone.notifications.wait_for_notice(3)
+    # The daemon's own, which arrives when it will, and without a title.
+    assert [notice["body"] for notice in phone.notifications.notices() if not notice["summary"]] == [
+        ENGLISH["bramd-app_installation_disallowed"]]
+    check_failure(phone, "weather.apk", "bramd-install-refused")
+
+
+def test_a_runtime_that_fails_again_is_told_of(phone):
+    phone.start_daemon()
+    phone.unit.set_command(["/bin/false"], "/run/phone/nobody")
+    phone.unit.show("failed", "failed")
+    result = open_apk(download("weather"))
+    assert result.returncode == 5
+    assert complaint(result).startswith("The Android runtime has failed to start.")
+    check_failure(phone, "weather.apk", "bramd-install-unavailable")
 
 
 def test_a_file_that_the_daemon_refuses_is_told_of(phone):
@@ -92,7 +127,8 @@ def test_a_file_that_the_daemon_refuses_is_told_of(phone):
     phone.daemon.log.claim_all(re.compile(".*(incoming|rename).*"))
     assert result.returncode == 1
     assert complaint(result) == (
-        f"bramd does not install “{path}”. “journalctl -u bramd” says why.")
+        f"bramd has refused “{path}”. If you may not install apps, a notice says so; “journalctl "
+        "-u bramd” tells the reason.")
     check_failure(phone, "weather.apk", "bramd-install-refused")
 
 
@@ -111,10 +147,11 @@ def test_the_first_failure_decides_and_the_rest_is_tried(phone):
 
 
 def test_notices_are_in_the_users_language(phone):
-    open_apk("gone.apk", LANGUAGE="de", LC_ALL="C.UTF-8", LANG="de_DE.UTF-8")
+    open_apk(download("weather"), LANGUAGE="de", LC_ALL="C.UTF-8", LANG="de_DE.UTF-8")
     german = catalogue("bramd-de")
     assert [notice["summary"] for notice in own_notices(phone, 2)] == [
-        f"{german['bramd-installing']}: gone.apk", f"{german['bramd-install-failed']}: gone.apk"]
+        f"{german['bramd-installing']}: weather.apk",
+        f"{german['bramd-install-failed']}: weather.apk"]
 
 
 @pytest.mark.phone(services=())

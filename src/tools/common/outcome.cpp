@@ -11,6 +11,11 @@ bool operator==(const Outcome &left, const Outcome &right)
     return left.status == right.status && left.sentence == right.sentence;
 }
 
+ExitStatus firstFailure(ExitStatus before, ExitStatus now)
+{
+    return before == ExitStatus::Done ? now : before;
+}
+
 int reportOutcome(const Outcome &outcome)
 {
     if (!outcome.sentence.isEmpty()) {

@@ -28,6 +28,8 @@ public:
         QString subState;      ///< finer, as "running" or "dead"
         QString unitFileState; ///< "enabled", "disabled", "static", "masked", ...
 
+        bool isActive() const { return activeState == QLatin1String("active"); }
+        bool hasFailed() const { return activeState == QLatin1String("failed"); }
         bool isEnabled() const { return unitFileState == QLatin1String("enabled"); }
     };
 

@@ -111,7 +111,10 @@ Outcome size(const Invocation &invocation, Context &context)
         const Outcome outcome = readSize(context, package, info);
         if (!outcome.isDone()) {
             reportOutcome(outcome);
-            status = outcome.status;
+            status = firstFailure(status, outcome.status);
+            if (outcome.status == ExitStatus::DaemonUnreachable ||
+                outcome.status == ExitStatus::NotConfirmed)
+                break; // each further one would have to be waited for as long
             continue;
         }
         array.append(QJsonObject{{QStringLiteral("package"), package},

@@ -88,7 +88,7 @@ Outcome Context::requireStartableRuntime()
     if (!reachable.isDone())
         return reachable;
     const RuntimeUnit::State state = unit().read();
-    return state.activeState == QLatin1String("failed") ? failed() : state.outcome;
+    return state.hasFailed() ? failed() : state.outcome;
 }
 
 Outcome Context::requireRunningRuntime()
@@ -97,9 +97,9 @@ Outcome Context::requireRunningRuntime()
     if (!reachable.isDone())
         return reachable;
     const RuntimeUnit::State state = unit().read();
-    if (!state.outcome.isDone() || state.activeState == QLatin1String("active"))
+    if (!state.outcome.isDone() || state.isActive())
         return state.outcome;
-    if (state.activeState == QLatin1String("failed"))
+    if (state.hasFailed())
         return failed();
     return {ExitStatus::RuntimeUnavailable,
             QStringLiteral("The Android runtime does not run (it is %1). Start it with “bramctl "

@@ -3,6 +3,7 @@
 #include "tools/common/daemonclient.h"
 #include "tools/common/hostfile.h"
 #include "tools/common/location.h"
+#include "tools/common/runtimeready.h"
 #include "tools/common/runtimeunit.h"
 #include "tools/ctl/apkfile.h"
 #include "tools/ctl/appentry.h"
@@ -14,7 +15,6 @@
 #include "tools/ctl/waiting.h"
 
 #include <QDir>
-#include <QFileInfo>
 
 #include <algorithm>
 
@@ -54,20 +54,6 @@ Candidate examine(const QString &argument)
     return candidate;
 }
 
-/// The daemon answers false without a reason.
-Outcome refused(const QString &path)
-{
-    if (!QFileInfo::exists(QStringLiteral("/opt/umbra/system.img"))) {
-        return {ExitStatus::RuntimeUnavailable,
-                QStringLiteral("The Android runtime is not installed. Install it from the store, "
-                               "whose page for it has been opened if there is one.")};
-    }
-    return {ExitStatus::Refused,
-            QStringLiteral("bramd has refused %1. If you may not install apps, a notice says so; "
-                           "“journalctl -u bramd” tells the reason.")
-                .arg(path)};
-}
-
 /// Tells each new state of the runtime while waiting.
 class Progress
 {
@@ -105,7 +91,7 @@ Outcome waitForApp(const Candidate &candidate, const InstallWatch &watch, Contex
         if (isThere)
             return true;
         unit = progress.look();
-        return !unit.outcome.isDone() || unit.activeState == QLatin1String("failed");
+        return !unit.outcome.isDone() || unit.hasFailed();
     };
     const bool inTime = Waiting::until(isSettled, timeoutMs);
     if (isThere) {
@@ -145,7 +131,7 @@ Outcome installOne(const Candidate &candidate, Context &context, bool wait, int 
     if (!outcome.isDone())
         return outcome;
     if (!reply.value())
-        return refused(candidate.path);
+        return RuntimeReady::installRefusal(context.unit(), candidate.path);
     context.out().line(
         wait ? QStringLiteral("bramd has taken %1 (%2).")
                    .arg(candidate.path, candidate.apk.packageName)
@@ -154,8 +140,15 @@ Outcome installOne(const Candidate &candidate, Context &context, bool wait, int 
     return wait ? waitForApp(candidate, watch, context, timeoutMs) : Outcome();
 }
 
-/// Each file is handed over, even if one before it was refused. Each failure is told at once, and
-/// the first is the status.
+/// Without a runtime the daemon is asked all the same: it opens the store's page for it then.
+Outcome requireInstaller(Context &context)
+{
+    return RuntimeReady::isInstalled() ? context.requireStartableRuntime()
+                                       : context.requireDaemon();
+}
+
+/// Each file is handed over, even if one before it was refused, as long as there is a daemon. Each
+/// failure is told at once, and the first is the status.
 Outcome install(const Invocation &invocation, Context &context)
 {
     const int timeoutMs = Waiting::timeoutMs(invocation, InstallTimeoutS);
@@ -167,7 +160,7 @@ Outcome install(const Invocation &invocation, Context &context)
     const bool anyUsable =
         std::any_of(candidates.cbegin(), candidates.cend(),
                     [](const Candidate &candidate) { return candidate.complaint.isEmpty(); });
-    const Outcome ready = anyUsable ? context.requireStartableRuntime() : Outcome();
+    const Outcome ready = anyUsable ? requireInstaller(context) : Outcome();
     if (!ready.isDone())
         return ready;
 
@@ -176,8 +169,9 @@ Outcome install(const Invocation &invocation, Context &context)
         const Outcome outcome =
             installOne(candidate, context, invocation.has(QStringLiteral("--wait")), timeoutMs);
         reportOutcome(outcome);
-        if (status == ExitStatus::Done)
-            status = outcome.status;
+        status = firstFailure(status, outcome.status);
+        if (outcome.status == ExitStatus::DaemonUnreachable)
+            break;
     }
     return {status, QString()};
 }
@@ -212,7 +206,7 @@ Outcome remove(const Invocation &invocation, Context &context)
         if (isGone)
             return true;
         unit = context.unit().read();
-        return !unit.outcome.isDone() || unit.activeState == QLatin1String("failed");
+        return !unit.outcome.isDone() || unit.hasFailed();
     };
     const bool inTime = Waiting::until(isSettled, timeoutMs);
     if (isGone) {

@@ -89,7 +89,7 @@ Outcome share(const Invocation &invocation, Context &context)
         registry.targets.cbegin(), registry.targets.cend(),
         [&wanted](const ShareTarget &candidate) { return candidate.component() == wanted; });
     if (target == registry.targets.cend()) {
-        if (context.unit().read().activeState != QLatin1String("active")) {
+        if (!context.unit().read().isActive()) {
             return {ExitStatus::RuntimeUnavailable,
                     QStringLiteral("It is not known whether %1 takes it: the runtime announces its "
                                    "apps when it runs. Start it with “bramctl start”.")

@@ -2,6 +2,7 @@
 
 #include "tools/common/daemonclient.h"
 #include "tools/common/runtimeunit.h"
+#include "tools/common/startwatch.h"
 #include "tools/ctl/context.h"
 #include "tools/ctl/waiting.h"
 
@@ -12,16 +13,6 @@ namespace UnitControl {
 namespace {
 
 constexpr int AutostartTimeoutMs = 10000;
-
-bool isActive(const RuntimeUnit::State &state)
-{
-    return state.activeState == QLatin1String("active");
-}
-
-bool hasFailed(const RuntimeUnit::State &state)
-{
-    return state.activeState == QLatin1String("failed");
-}
 
 Outcome notInTime(const QString &wanted, const RuntimeUnit::State &state)
 {
@@ -41,7 +32,7 @@ RuntimeUnit::State stateBefore(Context &context)
 
 bool hasStopped(const RuntimeUnit::State &state)
 {
-    return state.activeState == QLatin1String("inactive") || hasFailed(state);
+    return state.activeState == QLatin1String("inactive") || state.hasFailed();
 }
 
 /// Done when it has stopped, in order or not: `state` tells.
@@ -64,40 +55,29 @@ Outcome waitUntilStopped(Context &context, int timeoutMs, RuntimeUnit::State &st
 
 Outcome start(Context &context, int timeoutMs)
 {
-    // A unit that had failed before shows so until systemd has begun, and again when the start
-    // fails at once, too fast to be seen, or systemd does not begin: after several failures in a
-    // row it refuses to.
-    constexpr int LookedFailedMs = 5000;
-
     RuntimeUnit::State state = stateBefore(context);
     if (!state.outcome.isDone())
         return state.outcome;
-    if (isActive(state)) {
+    if (state.isActive()) {
         context.out().line(QStringLiteral("The Android runtime runs already."));
         return {};
     }
 
-    bool begun = !hasFailed(state);
     const Outcome taken = context.daemon().finish(context.daemon().proxy().controlService(true));
     if (!taken.isDone())
         return taken;
-    const QDeadlineTimer staysFailed(LookedFailedMs);
+    StartWatch watch(state);
     const auto hasEnded = [&] {
         state = context.unit().read();
-        begun = begun || !hasFailed(state);
-        return !state.outcome.isDone() || isActive(state) ||
-               (hasFailed(state) && (begun || staysFailed.hasExpired()));
+        return watch.hasEnded(state);
     };
     const bool inTime = Waiting::until(hasEnded, timeoutMs);
     if (!state.outcome.isDone())
         return state.outcome;
     if (!inTime)
         return notInTime(QStringLiteral("active"), state);
-    if (hasFailed(state)) {
-        return {ExitStatus::RuntimeUnavailable,
-                QStringLiteral("The Android runtime has failed to start. “journalctl -u umbravm” "
-                               "tells why.")};
-    }
+    if (state.hasFailed())
+        return StartWatch::failure();
     context.out().line(QStringLiteral("The Android runtime runs."));
     return {};
 }
@@ -114,7 +94,7 @@ Outcome stop(Context &context, int timeoutMs)
     }
     RuntimeUnit::State state;
     const Outcome stopped = waitUntilStopped(context, timeoutMs, state);
-    if (stopped.isDone() && hasFailed(state)) {
+    if (stopped.isDone() && state.hasFailed()) {
         return {ExitStatus::Refused,
                 QStringLiteral("The Android runtime has stopped, but not in order. “journalctl -u "
                                "umbravm” tells why.")};
@@ -136,8 +116,8 @@ Outcome restart(Context &context, int timeoutMs)
         if (!stopped.isDone())
             return stopped;
         context.out().line(
-            hasFailed(state) ? QStringLiteral("The Android runtime has stopped, but not in order.")
-                             : QStringLiteral("The Android runtime has stopped."));
+            state.hasFailed() ? QStringLiteral("The Android runtime has stopped, but not in order.")
+                              : QStringLiteral("The Android runtime has stopped."));
     }
     return start(context, static_cast<int>(deadline.remainingTime()));
 }

@@ -2,7 +2,7 @@
 
 #include "tools/common/hostfile.h"
 #include "tools/common/location.h"
-#include "tools/common/runtimerevival.h"
+#include "tools/common/runtimeready.h"
 #include "tools/launcher/launchrequest.h"
 
 #include <QDir>
@@ -31,13 +31,6 @@ Outcome checkThatTheyCanBeOpened(const QVector<Location> &locations)
     return {};
 }
 
-/// When systemd does not tell, the daemon may know better.
-Outcome checkThatItCanStart(const RuntimeUnit &unit)
-{
-    const RuntimeUnit::State state = unit.read();
-    return state.isUnstartable ? state.outcome : Outcome();
-}
-
 } // namespace
 
 Launcher::Launcher(const QDBusConnection &bus)
@@ -51,9 +44,7 @@ Outcome Launcher::launch(const LaunchRequest &request)
     const QVector<Location> opened = locations(request.opened);
     Outcome outcome = checkThatTheyCanBeOpened(opened);
     if (outcome.isDone())
-        outcome = checkThatItCanStart(m_unit);
-    if (outcome.isDone())
-        outcome = reviveFailedRuntime(m_unit, m_daemon);
+        outcome = RuntimeReady::makeStartable(m_unit, m_daemon);
     if (!outcome.isDone())
         return outcome;
 

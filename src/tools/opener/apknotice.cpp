@@ -21,7 +21,13 @@ ApkNotice installingNotice(const QString &fileName)
     return {about(qtTrId("bramd-installing"), fileName), QString()};
 }
 
-std::optional<ApkNotice> failureNotice(const QString &fileName, ExitStatus status)
+ApkNotice unusableFileNotice(const QString &fileName)
+{
+    return {about(qtTrId("bramd-install-failed"), fileName), qtTrId("bramd-install-no-file")};
+}
+
+std::optional<ApkNotice> failureNotice(const QString &fileName, ExitStatus status,
+                                       bool isRuntimeInstalled)
 {
     const QString summary = about(qtTrId("bramd-install-failed"), fileName);
     switch (status) {
@@ -31,7 +37,9 @@ std::optional<ApkNotice> failureNotice(const QString &fileName, ExitStatus statu
     case ExitStatus::Refused:
         return ApkNotice{summary, qtTrId("bramd-install-refused")};
     case ExitStatus::RuntimeUnavailable:
-        return ApkNotice{summary, qtTrId("bramd-install-no-runtime")};
+        if (!isRuntimeInstalled)
+            return ApkNotice{summary, qtTrId("bramd-install-no-runtime")};
+        break;
     case ExitStatus::Usage:
     case ExitStatus::DaemonUnreachable:
         break;

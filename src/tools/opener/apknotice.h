@@ -18,8 +18,14 @@ bool operator==(const ApkNotice &left, const ApkNotice &right);
 /// The file is on its way to the daemon.
 ApkNotice installingNotice(const QString &fileName);
 
-/// What is shown instead once it is known what has become of that, if anything: not when the daemon
-/// has taken the file, because a notice of its own follows, nor when it takes its time with it, as
-/// it may install the file yet. The technical reason is for standard error: who opens files on a
-/// desktop is told what can be done about it there.
-std::optional<ApkNotice> failureNotice(const QString &fileName, ExitStatus status);
+/// There is no such file to install, or none that the user can read.
+ApkNotice unusableFileNotice(const QString &fileName);
+
+/// What is shown in the place of installingNotice() once it is known what has become of it, if
+/// anything: not when the daemon has taken the file, because a notice of its own follows, nor when
+/// it takes its time with it, as it may install the file yet. When the device's policy forbids it,
+/// the daemon shows a warning that says so, but neither that it was this file nor that the first
+/// notice is no longer true: both are shown. The technical reason is for standard error: who opens
+/// files on a desktop is told what can be done about it there.
+std::optional<ApkNotice> failureNotice(const QString &fileName, ExitStatus status,
+                                       bool isRuntimeInstalled);

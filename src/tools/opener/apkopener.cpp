@@ -1,7 +1,8 @@
 #include "tools/opener/apkopener.h"
 
+#include "tools/common/hostfile.h"
 #include "tools/common/location.h"
-#include "tools/common/runtimerevival.h"
+#include "tools/common/runtimeready.h"
 #include "tools/opener/desktopnotice.h"
 
 #include <QDir>
@@ -19,34 +20,30 @@ Outcome ApkOpener::open(const QString &argument)
     const Location location = locationOf(argument, QDir::currentPath());
     const QString fileName = QFileInfo(location.address).fileName();
     DesktopNotice notice(m_sessionBus);
-    notice.show(installingNotice(fileName));
+    const Outcome usable = HostFile::checkForReading(location);
+    if (!usable.isDone()) {
+        notice.show(unusableFileNotice(fileName));
+        return usable;
+    }
 
-    const Outcome outcome =
-        location.isFile && QFileInfo(location.address).isFile()
-            ? install(location.address)
-            : Outcome{ExitStatus::Refused,
-                      QStringLiteral("There is no file “%1” to install.").arg(location.address)};
-    if (const std::optional<ApkNotice> failure = failureNotice(fileName, outcome.status))
+    notice.show(installingNotice(fileName));
+    const Outcome outcome = install(location.address);
+    const std::optional<ApkNotice> failure =
+        failureNotice(fileName, outcome.status, RuntimeReady::isInstalled());
+    if (failure)
         notice.show(*failure);
     return outcome;
 }
 
 Outcome ApkOpener::install(const QString &path)
 {
-    Outcome outcome = reviveFailedRuntime(m_unit, m_daemon);
+    // Without a runtime the daemon is asked all the same: it opens the store's page then.
+    Outcome outcome =
+        RuntimeReady::isInstalled() ? RuntimeReady::makeStartable(m_unit, m_daemon) : Outcome();
     if (!outcome.isDone())
         return outcome;
     const QDBusPendingReply<bool> reply = m_daemon.proxy().installFile(path);
     outcome = m_daemon.finish(reply);
-    return outcome.isDone() && !reply.value() ? refusal(path) : outcome;
-}
-
-Outcome ApkOpener::refusal(const QString &path) const
-{
-    const RuntimeUnit::State state = m_unit.read();
-    if (state.isUnstartable)
-        return state.outcome;
-    return {
-        ExitStatus::Refused,
-        QStringLiteral("bramd does not install “%1”. “journalctl -u bramd” says why.").arg(path)};
+    return outcome.isDone() && !reply.value() ? RuntimeReady::installRefusal(m_unit, path)
+                                              : outcome;
 }

@@ -18,7 +18,6 @@ public:
 
 private:
     Outcome install(const QString &argument);
-    Outcome refusal(const QString &path) const;
 
     DaemonClient m_daemon;
     RuntimeUnit m_unit;

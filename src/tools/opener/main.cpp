@@ -21,13 +21,13 @@ Android runtime is not available.
 int openAll(const QStringList &files)
 {
     ApkOpener opener;
-    int status = static_cast<int>(ExitStatus::Done);
+    ExitStatus status = ExitStatus::Done;
     for (const QString &file : files) {
-        const int ended = reportOutcome(opener.open(file));
-        if (status == static_cast<int>(ExitStatus::Done))
-            status = ended;
+        const Outcome outcome = opener.open(file);
+        reportOutcome(outcome);
+        status = firstFailure(status, outcome.status);
     }
-    return status;
+    return static_cast<int>(status);
 }
 
 } // namespace

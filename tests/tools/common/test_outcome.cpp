@@ -10,6 +10,7 @@ class TestOutcome : public TestCase
 
 private Q_SLOTS:
     void initTestCase();
+    void the_first_failure_decides();
     void what_is_done_is_not_talked_about();
     void a_failure_is_one_line_in_any_locale_data();
     void a_failure_is_one_line_in_any_locale();
@@ -18,6 +19,15 @@ private Q_SLOTS:
 void TestOutcome::initTestCase()
 {
     QCoreApplication::setApplicationName(QStringLiteral("a-tool"));
+}
+
+void TestOutcome::the_first_failure_decides()
+{
+    QVERIFY(firstFailure(ExitStatus::Done, ExitStatus::Done) == ExitStatus::Done);
+    QVERIFY(firstFailure(ExitStatus::Done, ExitStatus::Refused) == ExitStatus::Refused);
+    QVERIFY(firstFailure(ExitStatus::NotConfirmed, ExitStatus::Refused) ==
+            ExitStatus::NotConfirmed);
+    QVERIFY(firstFailure(ExitStatus::NotConfirmed, ExitStatus::Done) == ExitStatus::NotConfirmed);
 }
 
 void TestOutcome::what_is_done_is_not_talked_about()

@@ -3,6 +3,7 @@
 #include "support/testcase.h"
 #include "tools/common/fakedaemon.h"
 #include "tools/common/hostfile.h"
+#include "tools/common/startwatch.h"
 #include "tools/launcher/launcher.h"
 #include "tools/launcher/launchrequest.h"
 
@@ -14,11 +15,17 @@ const QString Client = QStringLiteral("client");
 const QString LaunchCall = QStringLiteral("launchIntent(ssssssa{sv})");
 const QString ControlCall = QStringLiteral("controlService(b)");
 
-FakeSystemd::Unit unitThatIs(const QString &activeState)
+/// In these states, one after the other, each time that somebody asks.
+FakeSystemd::Unit unitThatIs(const QStringList &activeStates)
 {
+    QVector<QVariantMap> states;
+    for (const QString &state : activeStates) {
+        states.append(
+            FakeSystemd::properties(state, QStringLiteral("any"), QStringLiteral("disabled")));
+    }
     FakeSystemd::Unit unit;
-    unit.properties =
-        FakeSystemd::properties(activeState, QStringLiteral("any"), QStringLiteral("disabled"));
+    unit.properties = states.takeFirst();
+    unit.next = states;
     return unit;
 }
 
@@ -36,8 +43,10 @@ class TestLauncher : public TestCase
 private Q_SLOTS:
     void init();
     void cleanup();
-    void only_a_failed_runtime_is_started_first_data();
-    void only_a_failed_runtime_is_started_first();
+    void a_runtime_that_has_not_failed_is_left_to_the_daemon_data();
+    void a_runtime_that_has_not_failed_is_left_to_the_daemon();
+    void a_failed_runtime_is_started_first();
+    void a_runtime_that_fails_again_is_told_of();
     void a_runtime_that_is_not_installed_is_told_of();
     void the_daemon_is_asked_when_systemd_cannot_be();
     void each_thing_is_opened_by_a_call_of_its_own();
@@ -68,27 +77,53 @@ void TestLauncher::cleanup()
     TestCase::cleanup();
 }
 
-void TestLauncher::only_a_failed_runtime_is_started_first_data()
+void TestLauncher::a_runtime_that_has_not_failed_is_left_to_the_daemon_data()
 {
     QTest::addColumn<QString>("activeState");
-    QTest::addColumn<QStringList>("calls");
 
-    QTest::newRow("active") << QStringLiteral("active") << QStringList{LaunchCall};
-    QTest::newRow("inactive") << QStringLiteral("inactive") << QStringList{LaunchCall};
-    QTest::newRow("failed") << QStringLiteral("failed") << QStringList{ControlCall, LaunchCall};
+    QTest::newRow("active") << QStringLiteral("active");
+    QTest::newRow("inactive") << QStringLiteral("inactive");
 }
 
-void TestLauncher::only_a_failed_runtime_is_started_first()
+void TestLauncher::a_runtime_that_has_not_failed_is_left_to_the_daemon()
 {
     QFETCH(QString, activeState);
-    FakeSystemd systemd(address(), unitThatIs(activeState));
+    FakeSystemd systemd(address(), unitThatIs({activeState}));
     FakeDaemon daemon({{}, {}, false});
     QVERIFY(daemon.serve(address()));
 
     const Outcome outcome = Launcher(client()).launch(request());
 
     QVERIFY2(outcome.isDone(), qPrintable(outcome.sentence));
-    QTEST(daemon.calls(), "calls");
+    QCOMPARE(daemon.calls(), QStringList{LaunchCall});
+}
+
+void TestLauncher::a_failed_runtime_is_started_first()
+{
+    FakeSystemd systemd(address(),
+                        unitThatIs({QStringLiteral("failed"), QStringLiteral("failed"),
+                                    QStringLiteral("activating"), QStringLiteral("active")}));
+    FakeDaemon daemon({{}, {}, false});
+    QVERIFY(daemon.serve(address()));
+
+    const Outcome outcome = Launcher(client()).launch(request());
+
+    QVERIFY2(outcome.isDone(), qPrintable(outcome.sentence));
+    QCOMPARE(daemon.calls(), QStringList({ControlCall, LaunchCall}));
+}
+
+void TestLauncher::a_runtime_that_fails_again_is_told_of()
+{
+    FakeSystemd systemd(address(),
+                        unitThatIs({QStringLiteral("failed"), QStringLiteral("failed"),
+                                    QStringLiteral("activating"), QStringLiteral("failed")}));
+    FakeDaemon daemon({{}, {}, false});
+    QVERIFY(daemon.serve(address()));
+
+    const Outcome outcome = Launcher(client()).launch(request());
+
+    QVERIFY2(outcome == StartWatch::failure(), qPrintable(outcome.sentence));
+    QCOMPARE(daemon.calls(), QStringList{ControlCall});
 }
 
 void TestLauncher::a_runtime_that_is_not_installed_is_told_of()
@@ -130,7 +165,7 @@ void TestLauncher::each_thing_is_opened_by_a_call_of_its_own()
 
 void TestLauncher::after_a_failure_nothing_more_is_asked()
 {
-    FakeSystemd systemd(address(), unitThatIs(QStringLiteral("failed")));
+    FakeSystemd systemd(address(), unitThatIs({QStringLiteral("failed")}));
     FakeDaemon daemon({{}, QStringLiteral("org.freedesktop.DBus.Error.AccessDenied"), false});
     QVERIFY(daemon.serve(address()));
 
