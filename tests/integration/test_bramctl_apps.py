@@ -1,13 +1,16 @@
 """bramctl manages apps that are installed, and hides them."""
 
+from pathlib import Path
+
 import pytest
 
+from phone.namespace import mount_tmpfs, unmount
 from phone.runtime import DATA_ROOT
 from phone.waiting import wait_for
 
 from bramctl import NO_RUNTIME, NOT_CONFIRMED, REFUSED, UNREACHABLE, bramctl, start
 from daemonsteps import BINDER
-from hostfiles import entry_path
+from hostfiles import DOWNLOADS, entry_path
 from launches import WEATHER, start_with_weather
 
 DELETE_CACHE_FILES, CLEAR_USER_DATA = 100, 101  # at SDK level 28
@@ -120,7 +123,8 @@ def test_the_start_at_boot_is_shown_and_changed(phone):
 
 def test_an_app_is_hidden_and_shown_again(phone):
     start_with_weather(phone)
-    bramctl("hide", WEATHER).done("on the list", "systemctl restart bramd")
+    hidden = bramctl("hide", WEATHER).done("on the list", "systemctl restart bramd")
+    assert "knows no app" not in hidden.out
     bramctl("hide", WEATHER).done("already")
     bramctl("hidden").done(f"{WEATHER}  /etc/bramd/app-blacklist")
     phone.stop_daemon()
@@ -134,3 +138,36 @@ def test_an_app_is_hidden_and_shown_again(phone):
     bramctl("unhide", WEATHER).done("not on the list")
     bramctl("hidden").done("No app is on the list.")
     assert bramctl("hidden", "--json").json() == []
+
+
+def test_an_app_is_hidden_before_it_is_there(phone):
+    phone.start_daemon()
+    bramctl("hide", WEATHER).done("on the list", "knows no app of this name yet", "bramctl list")
+
+
+def test_what_the_device_hides_stays_hidden(phone, defaults):
+    del phone
+    device = DOWNLOADS / "device-blacklist"
+    device.write_text(f"{WEATHER}\n", "utf-8")
+    defaults.write_text(f'BRAMD_PACKAGE_BLACKLIST_PATH="{device}"\n', "utf-8")
+    says = f"{WEATHER} stays hidden by the list of the device, {device}"
+    bramctl("hidden").done(f"{WEATHER}  {device}")
+    bramctl("unhide", WEATHER).failed(REFUSED, says)
+
+    bramctl("hide", WEATHER).done()
+    assert [app["list"] for app in bramctl("hidden", "--json").json()] == [
+        "/etc/bramd/app-blacklist", str(device)]
+    answer = bramctl("unhide", WEATHER)
+    answer.failed(REFUSED, says)
+    assert "no longer on the list" in answer.out
+    assert [app["list"] for app in bramctl("hidden", "--json").json()] == [str(device)]
+    assert device.read_text("utf-8") == f"{WEATHER}\n"
+
+
+@pytest.fixture(name="defaults")
+def defaults_fixture():
+    """The environment that bramd's unit has on the device."""
+    path = Path("/etc/default/bramd")
+    mount_tmpfs(path.parent)
+    yield path
+    unmount(path.parent)

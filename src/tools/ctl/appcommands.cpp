@@ -43,6 +43,9 @@ QJsonObject inJson(const App &app)
 
 Outcome list(const Invocation &invocation, Context &context)
 {
+    const Outcome readable = CommonTexts::requireEntries();
+    if (!readable.isDone())
+        return readable;
     const QVector<App> apps = AppEntries::installedApps();
     QJsonArray array;
     QVector<QStringList> rows{

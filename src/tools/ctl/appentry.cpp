@@ -2,7 +2,6 @@
 
 #include "launcher/desktopfile.h"
 #include "launcher/launcherpaths.h"
-#include "tools/ctl/regularfile.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -70,7 +69,7 @@ QVector<AppEntry> readAll()
         const QString path = directory.filePath(name);
         const RegularFile file = RegularFile::read(path);
         entries.append(parse(path, file.content));
-        entries.last().isReadable = file.isRead();
+        entries.last().state = file.state;
     }
     return entries;
 }

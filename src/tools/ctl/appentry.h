@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tools/ctl/regularfile.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
@@ -9,7 +11,7 @@
 struct AppEntry
 {
     QString path;
-    bool isReadable = true;
+    RegularFile::State state = RegularFile::State::Read;
     QString packageName; ///< empty when the entry names none: nothing of the rest is known then
     QString className;   ///< empty when the command line names none
     QString name;

@@ -1,5 +1,9 @@
 #include "tools/ctl/commontexts.h"
 
+#include "launcher/launcherpaths.h"
+#include "tools/ctl/doctor.h"
+#include "tools/ctl/regularfile.h"
+
 namespace CommonTexts {
 
 Option jsonOption()
@@ -25,8 +29,20 @@ Outcome badTimeout()
             QStringLiteral("--timeout takes a number of seconds between 1 and 86400.")};
 }
 
+Outcome requireEntries()
+{
+    const QString path = LauncherPaths::applicationsDir();
+    if (!RegularFile::isClosedDirectory(path))
+        return {};
+    const Finding finding = Doctor::closedDirectory(path);
+    return {ExitStatus::Refused, finding.what + QLatin1Char(' ') + finding.advice};
+}
+
 Outcome notInstalled(const QString &packageName)
 {
+    const Outcome readable = requireEntries();
+    if (!readable.isDone())
+        return readable;
     return {ExitStatus::Refused,
             QStringLiteral("The host knows no app %1. “bramctl list” shows those it knows.")
                 .arg(packageName)};

@@ -11,6 +11,11 @@ Option timeoutOption(int defaultSeconds);
 Argument packageArgument();
 
 Outcome badTimeout();
+
+/// Done when the directory of desktop entries can be read; without, no app is known.
+Outcome requireEntries();
+
+/// Of an app that is not among the entries, or why they cannot be read.
 Outcome notInstalled(const QString &packageName);
 
 } // namespace CommonTexts

@@ -37,8 +37,17 @@ QVector<Finding> examineServices(const HostState &host)
                                         "/opt/umbra/system.img."),
                          QStringLiteral("Install it from the store.")});
     }
-    if (!host.unitComplaint.isEmpty())
-        findings.append({host.unitComplaint, QStringLiteral("Nothing works before that does.")});
+    if (!host.callsPermitted) {
+        findings.append({QStringLiteral("You may not call bramd."),
+                         QStringLiteral("Ask the administrator for one of the groups that bramd(8) "
+                                        "names, and log in anew.")});
+    }
+    if (!host.unitComplaint.isEmpty()) {
+        findings.append({host.unitUnstartable
+                             ? QStringLiteral("The Android runtime's unit cannot be started.")
+                             : QStringLiteral("The state of the Android runtime is not known."),
+                         host.unitComplaint});
+    }
     if (host.unitState == QLatin1String("failed")) {
         findings.append({QStringLiteral("The Android runtime has failed; bramd leaves it alone."),
                          QStringLiteral("Start it with “bramctl start”; “journalctl -u umbravm” "
@@ -57,23 +66,42 @@ QVector<Finding> examineServices(const HostState &host)
 QVector<Finding> examineDirectories(const HostState &host)
 {
     QVector<Finding> findings;
-    for (const QString &path : host.unreadableDirectories) {
-        findings.append(
-            {QStringLiteral("You cannot read the directory %1.").arg(path),
-             QStringLiteral("As root, open it for everybody: “chmod a+rx %1”.").arg(path)});
-    }
+    for (const QString &path : host.unreadableDirectories)
+        findings.append(closedDirectory(path));
     return findings;
+}
+
+/// What keeps a file that is there from being read.
+QVector<Finding> examineFile(const QString &what, const QString &path, RegularFile::State state)
+{
+    switch (state) {
+    case RegularFile::State::Unreadable:
+        return {{QStringLiteral("You cannot read the %1 %2.").arg(what, path),
+                 ReadableFiles.arg(path)}};
+    case RegularFile::State::Unusable:
+        return {{QStringLiteral("The %1 %2 is no regular file.").arg(what, path),
+                 QStringLiteral("As root, remove it, and have the apps announced anew by “bramctl "
+                                "restart”.")}};
+    case RegularFile::State::Read:
+    case RegularFile::State::Missing:
+        break;
+    }
+    return {};
+}
+
+bool contains(const QVector<HostState::File> &files, const QString &path)
+{
+    return std::any_of(files.cbegin(), files.cend(),
+                       [&path](const HostState::File &file) { return file.path == path; });
 }
 
 /// Handlers have no settings entries.
 QVector<Finding> examineEntry(const HostState &host, const AppEntry &entry)
 {
-    QVector<Finding> findings;
-    if (!entry.isReadable) {
-        findings.append({QStringLiteral("You cannot read the desktop entry %1.").arg(entry.path),
-                         ReadableFiles.arg(entry.path)});
+    QVector<Finding> findings =
+        examineFile(QStringLiteral("desktop entry"), entry.path, entry.state);
+    if (!findings.isEmpty())
         return findings;
-    }
     if (entry.packageName.isEmpty()) {
         findings.append({QStringLiteral("The desktop entry %1 names no app.").arg(entry.path),
                          QStringLiteral("As root, remove it; bramd writes what is missing when the "
@@ -81,15 +109,13 @@ QVector<Finding> examineEntry(const HostState &host, const AppEntry &entry)
         return findings;
     }
     const QString icon = LauncherPaths::icon(entry.path);
-    const bool hasIcon =
-        std::any_of(host.icons.cbegin(), host.icons.cend(),
-                    [&icon](const HostState::Icon &candidate) { return candidate.path == icon; });
-    if (!hasIcon && !host.unreadableDirectories.contains(LauncherPaths::iconsDir()))
+    if (!contains(host.icons, icon) &&
+        !host.unreadableDirectories.contains(LauncherPaths::iconsDir()))
         findings.append(
             {QStringLiteral("The desktop entry %1 has no icon.").arg(entry.path), Reannounce});
     if (!entry.isHandler &&
         !host.unreadableDirectories.contains(LauncherPaths::settingsEntriesDir()) &&
-        !host.settingsEntries.contains(LauncherPaths::settingsEntry(entry.path))) {
+        !contains(host.settingsEntries, LauncherPaths::settingsEntry(entry.path))) {
         findings.append(
             {QStringLiteral("The app %1 has no page in the settings.").arg(entry.packageName),
              Reannounce});
@@ -102,19 +128,23 @@ bool isPng(const QByteArray &content)
     return content.startsWith(QByteArrayLiteral("\x89PNG\r\n\x1a\n"));
 }
 
-QVector<Finding> examineIcon(const HostState &host, const HostState::Icon &icon)
+/// Whether there is one, or may be.
+bool hasEntry(const HostState &host, const QString &path, QString (*pathOf)(const QString &))
 {
-    const auto belongs = [&icon](const AppEntry &entry) {
-        return LauncherPaths::icon(entry.path) == icon.path;
-    };
-    if (std::none_of(host.entries.cbegin(), host.entries.cend(), belongs)) {
+    return host.unreadableDirectories.contains(LauncherPaths::applicationsDir()) ||
+           std::any_of(
+               host.entries.cbegin(), host.entries.cend(),
+               [&path, pathOf](const AppEntry &entry) { return pathOf(entry.path) == path; });
+}
+
+QVector<Finding> examineIcon(const HostState &host, const HostState::File &icon)
+{
+    if (!hasEntry(host, icon.path, LauncherPaths::icon)) {
         return {{QStringLiteral("The icon %1 belongs to no desktop entry.").arg(icon.path),
                  QStringLiteral("As root, remove it.")}};
     }
-    if (!icon.isReadable) {
-        return {{QStringLiteral("You cannot read the icon %1.").arg(icon.path),
-                 ReadableFiles.arg(icon.path)}};
-    }
+    if (icon.state != RegularFile::State::Read)
+        return examineFile(QStringLiteral("icon"), icon.path, icon.state);
     if (!isPng(icon.content)) {
         return {{QStringLiteral("The icon %1 is no PNG file.").arg(icon.path),
                  QStringLiteral("The app's maker is to blame, unless it goes away when you remove "
@@ -124,14 +154,11 @@ QVector<Finding> examineIcon(const HostState &host, const HostState::Icon &icon)
     return {};
 }
 
-QVector<Finding> examineSettingsEntry(const HostState &host, const QString &path)
+QVector<Finding> examineSettingsEntry(const HostState &host, const HostState::File &settings)
 {
-    const auto belongs = [&path](const AppEntry &entry) {
-        return LauncherPaths::settingsEntry(entry.path) == path;
-    };
-    if (std::any_of(host.entries.cbegin(), host.entries.cend(), belongs))
-        return {};
-    return {{QStringLiteral("The settings entry %1 belongs to no app.").arg(path),
+    if (hasEntry(host, settings.path, LauncherPaths::settingsEntry))
+        return examineFile(QStringLiteral("settings entry"), settings.path, settings.state);
+    return {{QStringLiteral("The settings entry %1 belongs to no app.").arg(settings.path),
              QStringLiteral("As root, remove it.")}};
 }
 
@@ -139,17 +166,34 @@ QVector<Finding> examineSettingsEntry(const HostState &host, const QString &path
 bool hasShareHandlers(const HostState &host)
 {
     return std::any_of(host.entries.cbegin(), host.entries.cend(), [](const AppEntry &entry) {
-        return entry.isReadable && entry.isHandler && !entry.packageName.isEmpty() &&
-               entry.mimeTypes.isEmpty();
+        return entry.state == RegularFile::State::Read && entry.isHandler &&
+               !entry.packageName.isEmpty() && entry.mimeTypes.isEmpty();
     });
+}
+
+QVector<Finding> examineTargets(const HostState &host)
+{
+    QVector<Finding> findings;
+    for (const ShareTarget &target : host.targets.targets) {
+        if (hasEntry(host, target.iconPath, LauncherPaths::icon))
+            continue;
+        findings.append(
+            {QStringLiteral("%1 is offered for sharing, but has no desktop entry.")
+                 .arg(target.component()),
+             QStringLiteral("Have the registry made anew: “systemctl restart bramd”, then “bramctl "
+                            "restart”.")});
+    }
+    return findings;
 }
 
 QVector<Finding> examineRegistry(const HostState &host)
 {
     const QString path = LauncherPaths::iconsDir() + QLatin1String("sharing.json");
+    if (host.unreadableDirectories.contains(LauncherPaths::iconsDir()))
+        return {};
     switch (host.targets.state) {
     case ShareTargets::State::Filled:
-        return {};
+        return examineTargets(host);
     case ShareTargets::State::Empty:
         if (!hasShareHandlers(host))
             return {};
@@ -158,8 +202,6 @@ QVector<Finding> examineRegistry(const HostState &host)
              QStringLiteral("bramd has started since they were announced: start the runtime "
                             "with “bramctl start”, or “bramctl restart” it.")}};
     case ShareTargets::State::Missing:
-        if (host.unreadableDirectories.contains(LauncherPaths::iconsDir()))
-            return {};
         return {{QStringLiteral("There is no sharing registry, %1.").arg(path),
                  QStringLiteral("bramd makes it when it starts: “systemctl restart bramd”.")}};
     case ShareTargets::State::Unreadable:
@@ -174,15 +216,21 @@ QVector<Finding> examineRegistry(const HostState &host)
 
 } // namespace
 
+Finding closedDirectory(const QString &path)
+{
+    return {QStringLiteral("You cannot read the directory %1.").arg(path),
+            QStringLiteral("As root, open it for everybody: “chmod a+rx %1”.").arg(path)};
+}
+
 QVector<Finding> examine(const HostState &host)
 {
     QVector<Finding> findings = examineServices(host) + examineDirectories(host);
     for (const AppEntry &entry : host.entries)
         findings += examineEntry(host, entry);
-    for (const HostState::Icon &icon : host.icons)
+    for (const HostState::File &icon : host.icons)
         findings += examineIcon(host, icon);
-    for (const QString &path : host.settingsEntries)
-        findings += examineSettingsEntry(host, path);
+    for (const HostState::File &settings : host.settingsEntries)
+        findings += examineSettingsEntry(host, settings);
     return findings + examineRegistry(host);
 }
 

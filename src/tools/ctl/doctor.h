@@ -12,25 +12,27 @@
 /// buses.
 struct HostState
 {
-    /// An icon file and how it begins.
-    struct Icon
+    /// A file of the daemon's.
+    struct File
     {
         QString path;
-        bool isReadable = true;
+        RegularFile::State state = RegularFile::State::Read;
         QByteArray content;
     };
 
     bool systemBusReachable = true;
     bool daemonKnown = true; ///< it runs, or the bus can start it
-    QString unitState;       ///< as systemd has it; empty when it is not known
-    QString unitComplaint;   ///< why it is not known
+    bool callsPermitted = true;
+    QString unitState;     ///< as systemd has it; empty when it is not known
+    QString unitComplaint; ///< why it is not known, and what to do
+    bool unitUnstartable = false;
     bool runtimeImageThere = true;
     bool sessionBusReachable = true;
     QString sessionBusPath;            ///< where the daemon expects it
     QStringList unreadableDirectories; ///< ending in "/"; what is in them is not known
     QVector<AppEntry> entries;
-    QVector<Icon> icons;
-    QStringList settingsEntries; ///< paths of the daemon's
+    QVector<File> icons;
+    QVector<File> settingsEntries;
     ShareTargets targets;
 };
 
@@ -44,6 +46,9 @@ struct Finding
 bool operator==(const Finding &left, const Finding &right);
 
 namespace Doctor {
+
+/// A directory that the user of this program may not look into.
+Finding closedDirectory(const QString &path);
 
 /// Everything that is wrong, the most general first; empty when all is well.
 QVector<Finding> examine(const HostState &host);

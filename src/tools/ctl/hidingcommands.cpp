@@ -2,6 +2,7 @@
 
 #include "config/runtimetext.h"
 #include "launcher/publicfile.h"
+#include "tools/ctl/appentry.h"
 #include "tools/ctl/blacklistfile.h"
 #include "tools/ctl/command.h"
 #include "tools/ctl/commontexts.h"
@@ -39,6 +40,22 @@ QString whenItCounts()
                           "apps: “systemctl restart bramd”, then “bramctl restart”.");
 }
 
+/// Of the lists, only the administrator's is changed here. What the device's own hides stays
+/// hidden.
+Outcome requireVisibleOnDevice(const QString &package)
+{
+    const QString path = BlacklistFile::secondPath();
+    const RegularFile file = RegularFile::read(path);
+    if (!file.isRead() && file.state != RegularFile::State::Missing)
+        return unreadable(path);
+    if (!BlacklistFile::packages(file.content).contains(package))
+        return {};
+    return {ExitStatus::Refused,
+            QStringLiteral("%1 stays hidden by the list of the device, %2, which is not changed "
+                           "here: edit it, or ask the device's maker.")
+                .arg(package, path)};
+}
+
 Outcome change(const Invocation &invocation, Context &context, bool hide)
 {
     const QString &package = invocation.arguments.first();
@@ -60,13 +77,9 @@ Outcome change(const Invocation &invocation, Context &context, bool hide)
     const QByteArray content = hide ? BlacklistFile::with(file.content, package)
                                     : BlacklistFile::without(file.content, package);
     if (content == file.content) {
-        const RegularFile second = RegularFile::read(BlacklistFile::secondPath());
-        if (!hide && BlacklistFile::packages(second.content).contains(package)) {
-            return {ExitStatus::Refused,
-                    QStringLiteral("%1 is hidden by the list of the device, %2, which is not "
-                                   "changed here.")
-                        .arg(package, BlacklistFile::secondPath())};
-        }
+        const Outcome visible = hide ? Outcome() : requireVisibleOnDevice(package);
+        if (!visible.isDone())
+            return visible;
         context.out().line(hide ? QStringLiteral("%1 is on the list already.").arg(package)
                                 : QStringLiteral("%1 is not on the list.").arg(package));
         return {};
@@ -77,8 +90,15 @@ Outcome change(const Invocation &invocation, Context &context, bool hide)
     context.out().line(
         hide ? QStringLiteral("%1 is on the list of hidden apps.").arg(package)
              : QStringLiteral("%1 is no longer on the list of hidden apps.").arg(package));
-    context.out().line(whenItCounts());
-    return {};
+    if (hide && !AppEntries::isInstalled(package)) {
+        context.out().line(
+            QStringLiteral("The host knows no app of this name yet; “bramctl list” shows those it "
+                           "knows."));
+    }
+    const Outcome visible = hide ? Outcome() : requireVisibleOnDevice(package);
+    if (visible.isDone())
+        context.out().line(whenItCounts());
+    return visible;
 }
 
 Outcome hide(const Invocation &invocation, Context &context)

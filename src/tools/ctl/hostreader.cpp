@@ -1,6 +1,7 @@
 #include "tools/ctl/hostreader.h"
 
 #include "launcher/launcherpaths.h"
+#include "platform/host/seat.h"
 #include "tools/common/runtimeunit.h"
 #include "tools/ctl/context.h"
 #include "tools/ctl/regularfile.h"
@@ -9,8 +10,8 @@
 #include <QFile>
 #include <QFileInfo>
 
-#include <algorithm>
 #include <cstring>
+#include <optional>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -19,19 +20,13 @@ namespace HostReader {
 
 namespace {
 
-/// Where the daemon looks for the bus of the user who calls; for root, of every user who is logged
-/// in.
-QStringList sessionBusPaths()
+/// Where the daemon looks for the bus of the user who calls; for root, of the one who sits in front
+/// of the phone. Empty when nobody does: then there is nobody to show notices to.
+QString sessionBusPath()
 {
-    const QString path = QStringLiteral("/run/user/%1/dbus/user_bus_socket");
-    if (getuid() != 0)
-        return {path.arg(getuid())};
-    QStringList paths;
-    const QStringList users =
-        QDir(QStringLiteral("/run/user")).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
-    for (const QString &user : users)
-        paths.append(path.arg(user));
-    return paths.isEmpty() ? QStringList(path.arg(QStringLiteral("UID"))) : paths;
+    const std::optional<uid_t> user =
+        getuid() == 0 ? activeSeatUser() : std::optional<uid_t>(getuid());
+    return user ? QStringLiteral("/run/user/%1/dbus/user_bus_socket").arg(*user) : QString();
 }
 
 bool answers(const QString &socketPath)
@@ -61,14 +56,14 @@ QStringList pathsIn(const QString &directory, const QStringList &filters)
     return paths;
 }
 
-QVector<HostState::Icon> readIcons()
+QVector<HostState::File> readFiles(const QStringList &paths)
 {
-    QVector<HostState::Icon> icons;
-    for (const QString &path : pathsIn(LauncherPaths::iconsDir(), {QStringLiteral("*.png")})) {
+    QVector<HostState::File> files;
+    for (const QString &path : paths) {
         const RegularFile file = RegularFile::read(path);
-        icons.append({path, file.state != RegularFile::State::Unreadable, file.content});
+        files.append({path, file.state, file.content});
     }
-    return icons;
+    return files;
 }
 
 QStringList unreadableDirectories()
@@ -76,8 +71,7 @@ QStringList unreadableDirectories()
     QStringList paths;
     for (const QString &path : {LauncherPaths::applicationsDir(), LauncherPaths::iconsDir(),
                                 LauncherPaths::settingsEntriesDir()}) {
-        const QFileInfo info(path);
-        if (info.isDir() && !(info.isReadable() && info.isExecutable()))
+        if (RegularFile::isClosedDirectory(path))
             paths.append(path);
     }
     return paths;
@@ -96,16 +90,17 @@ HostState read(Context &context)
         const RuntimeUnit::State unit = context.unit().read();
         host.unitState = unit.activeState;
         host.unitComplaint = unit.outcome.sentence;
+        host.unitUnstartable = unit.isUnstartable;
+        host.callsPermitted = context.requirePermission().isDone();
     }
-    const QStringList busPaths = sessionBusPaths();
-    host.sessionBusPath = busPaths.join(QLatin1String(", "));
-    host.sessionBusReachable = std::any_of(busPaths.cbegin(), busPaths.cend(), answers);
+    host.sessionBusPath = sessionBusPath();
+    host.sessionBusReachable = host.sessionBusPath.isEmpty() || answers(host.sessionBusPath);
     host.unreadableDirectories = unreadableDirectories();
     host.entries = AppEntries::readAll();
-    host.icons = readIcons();
-    host.settingsEntries =
+    host.icons = readFiles(pathsIn(LauncherPaths::iconsDir(), {QStringLiteral("*.png")}));
+    host.settingsEntries = readFiles(
         pathsIn(LauncherPaths::settingsEntriesDir(),
-                {QStringLiteral("bramd_launcher_*.json"), QStringLiteral("bramd_handler_*.json")});
+                {QStringLiteral("bramd_launcher_*.json"), QStringLiteral("bramd_handler_*.json")}));
     host.targets = ShareTargets::read();
     return host;
 }

@@ -9,7 +9,7 @@ struct RegularFile
     enum class State {
         Read,
         Missing,
-        Unreadable, ///< permissions, I/O errors
+        Unreadable, ///< permissions, also those of its directories; I/O errors
         Unusable,   ///< no regular file, or larger than any real one
     };
 
@@ -21,4 +21,7 @@ struct RegularFile
     /// Never waits: neither for the other end of a pipe nor for a device. A link counts as what
     /// it leads to.
     static RegularFile read(const QString &path);
+
+    /// Whether there is or may be a directory that the user of this program may not look into.
+    static bool isClosedDirectory(const QString &path);
 };

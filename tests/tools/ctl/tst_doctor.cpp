@@ -16,9 +16,16 @@ AppEntry entry(const QString &name, bool isHandler)
     return made;
 }
 
-HostState::Icon icon(const QString &name, const QByteArray &content = Png)
+HostState::File icon(const QString &name, const QByteArray &content = Png)
 {
-    return {QStringLiteral("/var/lib/bramd/%1.png").arg(name), true, content};
+    return {QStringLiteral("/var/lib/bramd/%1.png").arg(name), RegularFile::State::Read, content};
+}
+
+HostState::File settings(const QString &name)
+{
+    HostState::File file;
+    file.path = QStringLiteral("/usr/share/corvo-settings/entries/%1.json").arg(name);
+    return file;
 }
 
 /// A host on which an app has a launcher and takes what is shared, and all is well.
@@ -31,9 +38,13 @@ HostState soundHost()
                     entry(QStringLiteral("bramd_handler_a"), true)};
     host.icons = {icon(QStringLiteral("bramd_launcher_a")),
                   icon(QStringLiteral("bramd_handler_a"))};
-    host.settingsEntries =
-        QStringList(QStringLiteral("/usr/share/corvo-settings/entries/bramd_launcher_a.json"));
+    host.settingsEntries = {settings(QStringLiteral("bramd_launcher_a"))};
     host.targets.state = ShareTargets::State::Filled;
+    ShareTarget target;
+    target.packageName = QStringLiteral("a.b");
+    target.className = QStringLiteral("a.b.C");
+    target.iconPath = host.icons.last().path;
+    host.targets.targets = {target};
     return host;
 }
 
@@ -55,11 +66,13 @@ class DoctorTest : public TestCase
 private Q_SLOTS:
     void findsNothingOnASoundHost();
     void findsServicesThatAreAway();
+    void findsAUnitThatCannotBeStarted();
     void findsAFailedUnitButNoStoppedOne();
     void findsWhatEntriesLack();
     void findsWhatBelongsToNobody();
     void findsIconsThatAreNone();
     void findsWhatTheUserCannotRead();
+    void findsWhatIsNoFile();
     void missesNothingWhereItCannotLook();
     void judgesTheRegistry();
 };
@@ -83,11 +96,23 @@ void DoctorTest::findsServicesThatAreAway()
     host.runtimeImageThere = false;
     QVERIFY(finding(host).contains(QLatin1String("/opt/umbra/system.img")));
     host = soundHost();
-    host.unitComplaint = QStringLiteral("There is no unit.");
-    QCOMPARE(finding(host), QStringLiteral("There is no unit."));
+    host.callsPermitted = false;
+    QCOMPARE(finding(host), QStringLiteral("You may not call bramd."));
     host = soundHost();
     host.sessionBusReachable = false;
     QVERIFY(finding(host).contains(host.sessionBusPath));
+}
+
+void DoctorTest::findsAUnitThatCannotBeStarted()
+{
+    HostState host = soundHost();
+    host.unitComplaint = QStringLiteral("Its unit is masked. Unmask it.");
+    host.unitUnstartable = true;
+    QCOMPARE(Doctor::examine(host),
+             QVector<Finding>({{QStringLiteral("The Android runtime's unit cannot be started."),
+                                QStringLiteral("Its unit is masked. Unmask it.")}}));
+    host.unitUnstartable = false;
+    QCOMPARE(finding(host), QStringLiteral("The state of the Android runtime is not known."));
 }
 
 void DoctorTest::findsAFailedUnitButNoStoppedOne()
@@ -120,9 +145,12 @@ void DoctorTest::findsWhatBelongsToNobody()
     QCOMPARE(finding(host), QStringLiteral("The icon /var/lib/bramd/bramd_launcher_gone.png "
                                            "belongs to no desktop entry."));
     host = soundHost();
-    host.settingsEntries.append(
-        QStringLiteral("/usr/share/corvo-settings/entries/bramd_launcher_gone.json"));
+    host.settingsEntries.append(settings(QStringLiteral("bramd_launcher_gone")));
     QVERIFY(finding(host).endsWith(QLatin1String("bramd_launcher_gone.json belongs to no app.")));
+    host = soundHost();
+    host.targets.targets.first().iconPath = QStringLiteral("/var/lib/bramd/bramd_handler_gone.png");
+    QCOMPARE(finding(host),
+             QStringLiteral("a.b/a.b.C is offered for sharing, but has no desktop entry."));
 }
 
 void DoctorTest::findsIconsThatAreNone()
@@ -138,27 +166,52 @@ void DoctorTest::findsIconsThatAreNone()
 void DoctorTest::findsWhatTheUserCannotRead()
 {
     HostState host = soundHost();
-    host.entries.first().isReadable = false;
+    host.entries.first().state = RegularFile::State::Unreadable;
     QVERIFY(finding(host).startsWith(QLatin1String("You cannot read the desktop entry")));
+    QVERIFY(Doctor::examine(host).first().advice.contains(QLatin1String("chmod a+r ")));
     host = soundHost();
-    host.icons.first().isReadable = false;
+    host.icons.first().state = RegularFile::State::Unreadable;
     QVERIFY(finding(host).startsWith(QLatin1String("You cannot read the icon")));
+    host = soundHost();
+    host.settingsEntries.first().state = RegularFile::State::Unreadable;
+    QVERIFY(finding(host).startsWith(QLatin1String("You cannot read the settings entry")));
     host = soundHost();
     host.targets.state = ShareTargets::State::Unreadable;
     QVERIFY(finding(host).startsWith(QLatin1String("You cannot read the sharing registry")));
+}
+
+void DoctorTest::findsWhatIsNoFile()
+{
+    HostState host = soundHost();
+    host.entries.first().state = RegularFile::State::Unusable;
+    QCOMPARE(
+        finding(host),
+        QStringLiteral("The desktop entry %1 is no regular file.").arg(host.entries.first().path));
+    QVERIFY(Doctor::examine(host).first().advice.contains(QLatin1String("remove it")));
+    host = soundHost();
+    host.icons.first().state = RegularFile::State::Unusable;
+    QVERIFY(finding(host).endsWith(QLatin1String("is no regular file.")));
+    host = soundHost();
+    host.settingsEntries.first().state = RegularFile::State::Unusable;
+    QVERIFY(finding(host).endsWith(QLatin1String("is no regular file.")));
 }
 
 void DoctorTest::missesNothingWhereItCannotLook()
 {
     HostState host = soundHost();
     host.icons.clear();
-    host.targets.state = ShareTargets::State::Missing;
+    host.targets.state = ShareTargets::State::Unreadable;
     host.unreadableDirectories = QStringList(QStringLiteral("/var/lib/bramd/"));
     QCOMPARE(finding(host), QStringLiteral("You cannot read the directory /var/lib/bramd/."));
 
     host = soundHost();
     host.settingsEntries.clear();
     host.unreadableDirectories = QStringList(QStringLiteral("/usr/share/corvo-settings/entries/"));
+    QVERIFY(finding(host).startsWith(QLatin1String("You cannot read the directory")));
+
+    host = soundHost();
+    host.entries.clear();
+    host.unreadableDirectories = QStringList(QStringLiteral("/usr/share/applications/"));
     QVERIFY(finding(host).startsWith(QLatin1String("You cannot read the directory")));
 }
 
