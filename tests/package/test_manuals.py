@@ -22,9 +22,13 @@ def test_a_page_is_typeset_without_a_warning(installed, page):
     assert "DESCRIPTION" in shown.stdout
 
 
-def bramctl(*words):
-    return subprocess.run([Path(os.environ["BRAMD_BUILD_DIR"]) / "bin/bramctl", *words], check=True,
+def tool(name, *words):
+    return subprocess.run([Path(os.environ["BRAMD_BUILD_DIR"]) / "bin" / name, *words], check=True,
                           capture_output=True, text=True).stdout
+
+
+def bramctl(*words):
+    return tool("bramctl", *words)
 
 
 def test_the_page_of_bramctl_has_every_command_and_option():
@@ -41,3 +45,32 @@ def test_the_page_of_bramctl_has_every_command_and_option():
     section = text.split(".SH COMMANDS\n")[1].split(".SH ")[0]
     assert re.findall(r"^\.TP\n\.B (.*)$", section, re.MULTILINE) == expected
     assert len(commands) > 20
+
+
+# What says, in any of the texts, that an exit status has this meaning.
+MEANINGS = {"Done": "done|taken", "Refused": "refused", "Usage": "usage|command line",
+            "NotConfirmed": "in time", "DaemonUnreachable": "reach", "RuntimeUnavailable": "runtime"}
+
+
+def statuses():
+    """The numbers of the exit statuses, by name."""
+    header = (SOURCES / "src/tools/common/exitstatus.h").read_text(encoding="utf-8")
+    return dict(re.findall(r"^    (\w+) = (\d+),$", header, re.MULTILINE))
+
+
+def check_statuses(explained):
+    """(number, text) pairs explain each status, in order, and as what it is."""
+    assert [number for number, _text in explained] == list(statuses().values())
+    for (_number, text), name in zip(explained, statuses()):
+        assert re.search(MEANINGS[name], text, re.IGNORECASE), (name, text)
+
+
+@pytest.mark.parametrize("name", ["bramctl", "bramd-launcher", "bramd-open-apk"])
+def test_every_exit_status_is_explained(name):
+    help_text = tool(name, "--help").replace("\n", " ")
+    _before, _begin, text = re.split("(Exit status:|It ends with)", help_text)
+    check_statuses(re.findall(r"\b(\d) ([^\d]*)", text))
+
+    page = (SOURCES / f"data/man/{name}.1").read_text(encoding="utf-8")
+    section = page.split(".SH EXIT STATUS\n")[1].split("\n.SH ")[0]
+    check_statuses(re.findall(r"^\.B (\d)\n([^.].*(?:\n[^.].*)*)", section, re.MULTILINE))

@@ -26,8 +26,7 @@ void TextTableTest::alignsColumns()
 
 void TextTableTest::countsWideCharactersTwiceAndMarksNever()
 {
-    if (setlocale(LC_CTYPE, "C.UTF-8") == nullptr)
-        QSKIP("needs the locale C.UTF-8");
+    QVERIFY(setlocale(LC_CTYPE, "C.UTF-8") != nullptr); // part of the C library's package
     QCOMPARE(TextTable::width(QStringLiteral("天気")), 4);
     QCOMPARE(TextTable::width(QStringLiteral("u\u0308ber")), 4);
     QCOMPARE(TextTable::width(QStringLiteral("Köln")), 4);
