@@ -172,6 +172,10 @@ class Unit(HostService):
     def refuse_load(self, refused):
         self.control.call("RefuseLoadUnit", "b", refused)
 
+    def set_load_state(self, load_state):
+        """E.g. "not-found" or "masked"; systemd has an object for such a unit, too."""
+        self.control.call("SetLoadState", "s", load_state)
+
     def kill_runtime(self, number=signal.SIGKILL):
         """Ends the unit's process from outside."""
         self.control.call("Kill", "i", number)

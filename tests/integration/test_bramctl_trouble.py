@@ -78,6 +78,22 @@ def test_without_the_runtimes_unit(phone):
         run(words).failed(NO_RUNTIME, "systemctl status umbravm.service")
 
 
+@pytest.mark.parametrize(("load_state", "says"), [
+    ("not-found", "systemd knows no unit umbravm.service. Install the runtime first."),
+    ("masked", "its unit is masked. “systemctl unmask umbravm.service”")])
+def test_with_a_unit_that_cannot_be_started(phone, load_state, says):
+    phone.start_daemon()
+    phone.unit.set_load_state(load_state)
+    for words in [["status"], ["start"], ["stop"], ["restart"], *NEEDS_RUNNING, ["launch", APP],
+                  ["licenses"]]:
+        run(words).failed(NO_RUNTIME, says)
+    answer = bramctl("doctor")
+    assert answer.status == REFUSED
+    assert "The Android runtime's unit cannot be started." in answer.out
+    assert says in answer.out
+    assert phone.unit.state() == "inactive"
+
+
 SENSELESS = [
     ([], "A command is missing."),
     (["nonsense"], "There is no command “nonsense”."),

@@ -139,6 +139,15 @@ def test_a_daemon_that_does_not_run_is_told_of(phone):
     check_failure(phone, "weather.apk", "bramd-install-unavailable")
 
 
+def test_a_bus_that_is_away_is_told_of(phone):
+    phone.start_daemon()
+    apk = download("papertrail")
+    result = open_apk(apk, DBUS_SYSTEM_BUS_ADDRESS="unix:path=/nowhere")
+    assert result.returncode == 4
+    assert complaint(result).startswith("The system bus cannot be reached (")
+    check_failure(phone, apk.name, "bramd-install-unavailable")
+
+
 def test_the_first_failure_decides_and_the_rest_is_tried(phone):
     start_beside_runtime(phone)
     result = open_apk("gone.apk", download("weather"), cwd=HOME)

@@ -215,6 +215,12 @@ def RefuseLoadUnit(self, refused):
     self.load_refused = bool(refused)
 
 
+@dbus.service.method(CONTROL_IFACE, in_signature="s", out_signature="")
+def SetLoadState(self, load_state):
+    """What became of reading the unit's file: "loaded", "not-found", "masked", "bad-setting"."""
+    self.unit.publish({"LoadState": str(load_state)})
+
+
 @dbus.service.method(CONTROL_IFACE, in_signature="i", out_signature="")
 def Kill(self, number):
     """Ends the unit's process from outside, by a signal."""
