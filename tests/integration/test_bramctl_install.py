@@ -5,10 +5,12 @@ import pytest
 from phone.runtime import DATA_ROOT
 from phone.waiting import wait_for
 
-from bramctl import NO_RUNTIME, NOT_CONFIRMED, REFUSED, bramctl, start
+from bramctl import NO_RUNTIME, NOT_CONFIRMED, REFUSED, UNREACHABLE, bramctl, start
 from daemonsteps import claim_missing_settings_entries, expect_deaths, start_beside_runtime
 from hostfiles import DOWNLOADS, download, entries, home_file
 from launches import WEATHER
+from packagerequests import removed_packages
+from texts import ENGLISH
 
 PAPERTRAIL = "org.example.papertrail"
 METRONOME = "org.example.metronome"
@@ -61,7 +63,7 @@ def test_an_update_is_noticed(phone):
 def test_an_app_that_the_runtime_refuses_is_not_confirmed(phone):
     start_beside_runtime(phone)
     bramctl("install", download("starmap"), "--wait", "--timeout", "2").failed(
-        NOT_CONFIRMED, "has not appeared in time", "A notice")
+        NOT_CONFIRMED, "has not appeared in time", "a notice")
     phone.notifications.wait_for_notice()
 
 
@@ -70,6 +72,26 @@ def test_an_older_version_is_not_confirmed(phone):
     bramctl("install", download("metronome-2"), "--wait").done()
     bramctl("install", download("metronome-1"), "--wait", "--timeout", "1").failed(
         NOT_CONFIRMED, "was there before")
+    assert ENGLISH["bramd-install-failed"] in phone.notifications.wait_for_notice(2)["summary"]
+
+
+def test_the_same_version_again_is_not_waited_for(phone):
+    start_beside_runtime(phone)
+    bramctl("install", download("metronome-1"), "--wait").done()
+    bramctl("install", download("metronome-1", "again.apk"), "--wait").failed(
+        NOT_CONFIRMED, f"{METRONOME} was there in version 1.0 before")
+    phone.notifications.wait_for_notice(2)
+
+
+def test_a_daemon_that_ends_ends_the_wait(phone, tmp_path):
+    start_beside_runtime(phone)
+    phone.runtime.fault("package", "refuse")
+    output = tmp_path / "output"
+    process = start("install", str(download("weather")), "--wait", output=output)
+    wait_for(lambda: "runtime is active" in output.read_text("utf-8"), "the wait")
+    phone.daemon.crash()
+    assert process.wait(30) == UNREACHABLE
+    assert f"bramd has ended before {WEATHER} was installed" in output.read_text("utf-8")
 
 
 def test_several_are_installed_even_if_one_is_bad(phone):
@@ -114,5 +136,23 @@ def test_a_runtime_that_dies_ends_the_wait(phone):
 
 def test_an_app_that_is_not_there_is_not_removed(phone):
     phone.start_daemon()
-    bramctl("remove", "org.example.nothing").failed(REFUSED, "bramctl list")
+    bramctl("remove", "org.example.nothing").failed(REFUSED, "bramctl list", "--unlisted")
     assert phone.unit.state() == "inactive"
+
+
+def test_an_app_that_the_host_does_not_list_is_removed_when_told_so(phone):
+    start_beside_runtime(phone)
+    bramctl("remove", "org.example.hidden", "--unlisted").failed(
+        NOT_CONFIRMED, "bramd has taken it", "does not list org.example.hidden")
+    assert removed_packages(phone.runtime) == ["org.example.hidden"]
+
+
+def test_a_daemon_that_ends_ends_the_wait_for_a_removal(papertrail, tmp_path):
+    papertrail.runtime.fault("package", "refuse")
+    output = tmp_path / "output"
+    process = start("remove", PAPERTRAIL, output=output)
+    wait_for(lambda: removed_packages(papertrail.runtime), "the removal")
+    papertrail.bramd.call("getAndroidVersionData")  # is answered after the removal
+    papertrail.daemon.crash()
+    assert process.wait(30) == UNREACHABLE
+    assert f"bramd has ended, and {PAPERTRAIL} is still there." in output.read_text("utf-8")

@@ -51,6 +51,12 @@ Context::DaemonState Context::daemonState() const
     return startable.value().contains(Service) ? DaemonState::Startable : DaemonState::Missing;
 }
 
+QString Context::daemonOwner() const
+{
+    const QDBusConnection bus = QDBusConnection::systemBus();
+    return bus.isConnected() ? bus.interface()->serviceOwner(Service).value() : QString();
+}
+
 Outcome Context::requireDaemon() const
 {
     switch (daemonState()) {

@@ -28,6 +28,9 @@ public:
     };
     DaemonState daemonState() const;
 
+    /// What the bus calls the daemon that runs, another name for each; empty when none does.
+    QString daemonOwner() const;
+
     /// Done when a request would find a daemon.
     Outcome requireDaemon() const;
 

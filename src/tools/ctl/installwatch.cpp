@@ -4,21 +4,31 @@
 #include "tools/ctl/appentry.h"
 #include "tools/ctl/regularfile.h"
 
-InstallWatch::InstallWatch(const QString &packageName)
+#include <algorithm>
+
+InstallWatch::InstallWatch(const QString &packageName, const QString &versionName)
     : m_packageName(packageName)
+    , m_versionName(versionName)
     , m_before(files())
 {
 }
 
-bool InstallWatch::hasChanged() const
+bool InstallWatch::hadThisVersion() const
 {
-    const QMap<QString, QByteArray> now = files();
-    return !now.isEmpty() && now != m_before;
+    return haveThisVersion(m_before);
 }
 
-QMap<QString, QByteArray> InstallWatch::files() const
+bool InstallWatch::hasChanged() const
 {
-    QMap<QString, QByteArray> contents;
+    const Files now = files();
+    if (now.isEmpty() || now == m_before)
+        return false;
+    return m_before.isEmpty() || m_versionName.isEmpty() || haveThisVersion(now);
+}
+
+InstallWatch::Files InstallWatch::files() const
+{
+    Files contents;
     const QVector<AppEntry> entries = AppEntries::readAll();
     for (const AppEntry &entry : entries) {
         if (entry.packageName != m_packageName)
@@ -28,4 +38,12 @@ QMap<QString, QByteArray> InstallWatch::files() const
             contents.insert(path, RegularFile::read(path).content);
     }
     return contents;
+}
+
+bool InstallWatch::haveThisVersion(const Files &files) const
+{
+    return !m_versionName.isEmpty() &&
+           std::any_of(files.cbegin(), files.cend(), [this](const QByteArray &content) {
+               return AppEntries::versionOf(content) == m_versionName;
+           });
 }

@@ -12,6 +12,7 @@
 #include "tools/ctl/context.h"
 #include "tools/ctl/fileargument.h"
 #include "tools/ctl/installwatch.h"
+#include "tools/ctl/requestwait.h"
 #include "tools/ctl/waiting.h"
 
 #include <QDir>
@@ -22,6 +23,8 @@ namespace {
 
 constexpr int InstallTimeoutS = 180;
 constexpr int RemoveTimeoutS = 120;
+
+const QString Unlisted = QStringLiteral("--unlisted");
 
 /// A file that is to be installed, and what became clear about it before anybody was asked.
 struct Candidate
@@ -54,78 +57,68 @@ Candidate examine(const QString &argument)
     return candidate;
 }
 
-/// Tells each new state of the runtime while waiting.
-class Progress
+/// The wait for an app came to nothing.
+Outcome notInstalled(const RequestWait &wait, RequestWait::End end, const InstallWatch &watch,
+                     const QString &package)
 {
-public:
-    explicit Progress(Context &context)
-        : m_context(context)
-    {
-    }
-
-    RuntimeUnit::State look()
-    {
-        const RuntimeUnit::State state = m_context.unit().read();
-        if (state.outcome.isDone() && state.activeState != m_last) {
-            m_context.out().line(
-                QStringLiteral("  The Android runtime is %1.").arg(state.activeState));
-            m_last = state.activeState;
-        }
-        return state;
-    }
-
-private:
-    Context &m_context;
-    QString m_last;
-};
-
-Outcome waitForApp(const Candidate &candidate, const InstallWatch &watch, Context &context,
-                   int timeoutMs)
-{
-    const QString &package = candidate.apk.packageName;
-    Progress progress(context);
-    RuntimeUnit::State unit;
-    bool isThere = false;
-    const auto isSettled = [&] {
-        isThere = watch.hasChanged();
-        if (isThere)
-            return true;
-        unit = progress.look();
-        return !unit.outcome.isDone() || unit.hasFailed();
-    };
-    const bool inTime = Waiting::until(isSettled, timeoutMs);
-    if (isThere) {
-        context.out().line(QStringLiteral("%1 %2.").arg(
-            package, watch.wasThereBefore() ? QStringLiteral("is updated")
-                                            : QStringLiteral("is installed")));
-        return {};
-    }
-    if (!unit.outcome.isDone())
-        return unit.outcome;
-    if (inTime) {
+    switch (end) {
+    case RequestWait::End::Seen:
+        break;
+    case RequestWait::End::RuntimeUnknown:
+        return wait.unit().outcome;
+    case RequestWait::End::RuntimeFailed:
         return {ExitStatus::RuntimeUnavailable,
                 QStringLiteral("The Android runtime has failed, and %1 is not installed. Start it "
                                "with “bramctl start” and install again; “journalctl -u umbravm” "
                                "tells why it failed.")
                     .arg(package)};
-    }
-    if (watch.wasThereBefore()) {
+    case RequestWait::End::DaemonGone:
+        return {ExitStatus::DaemonUnreachable,
+                QStringLiteral("bramd has ended before %1 was installed, and may have forgotten "
+                               "it. Look at “journalctl -u bramd”, and install again if “bramctl "
+                               "list” does not show it.")
+                    .arg(package)};
+    case RequestWait::End::TimeUp:
+        if (watch.wasThereBefore()) {
+            return {ExitStatus::NotConfirmed,
+                    QStringLiteral("%1 was there before, and its version has not changed in time. "
+                                   "A notice on the screen tells whether it was installed.")
+                        .arg(package)};
+        }
         return {ExitStatus::NotConfirmed,
-                QStringLiteral("%1 was there before, and nothing about it has changed in time. The "
-                               "notice on the screen tells whether it was installed again.")
+                QStringLiteral("%1 has not appeared in time. An app without anything to open never "
+                               "does; a notice on the screen tells whether it was installed, and "
+                               "“journalctl -u bramd” what went wrong.")
                     .arg(package)};
     }
-    return {ExitStatus::NotConfirmed,
-            QStringLiteral("%1 has not appeared in time. A notice on the screen tells when the "
-                           "runtime refuses an app, and “journalctl -u bramd” why.")
-                .arg(package)};
+    return {};
+}
+
+Outcome waitForApp(const Candidate &candidate, const InstallWatch &watch, Context &context,
+                   int timeoutMs)
+{
+    const QString &package = candidate.apk.packageName;
+    if (watch.hadThisVersion()) {
+        return {ExitStatus::NotConfirmed,
+                QStringLiteral("%1 was there in version %2 before, so that nothing here shows when "
+                               "it is installed again. A notice on the screen tells.")
+                    .arg(package, candidate.apk.versionName)};
+    }
+    RequestWait wait(context, true);
+    const RequestWait::End end = wait.until([&watch] { return watch.hasChanged(); }, timeoutMs);
+    if (end != RequestWait::End::Seen)
+        return notInstalled(wait, end, watch, package);
+    context.out().line(QStringLiteral("%1 %2.").arg(package, watch.wasThereBefore()
+                                                                 ? QStringLiteral("is updated")
+                                                                 : QStringLiteral("is installed")));
+    return {};
 }
 
 Outcome installOne(const Candidate &candidate, Context &context, bool wait, int timeoutMs)
 {
     if (!candidate.complaint.isEmpty())
         return {ExitStatus::Refused, candidate.complaint};
-    const InstallWatch watch(candidate.apk.packageName);
+    const InstallWatch watch(candidate.apk.packageName, candidate.apk.versionName);
     QDBusPendingReply<bool> reply = context.daemon().proxy().installFile(candidate.path);
     const Outcome outcome = context.daemon().finish(reply);
     if (!outcome.isDone())
@@ -176,6 +169,42 @@ Outcome install(const Invocation &invocation, Context &context)
     return {status, QString()};
 }
 
+/// The wait for an app to go came to nothing.
+Outcome notRemoved(const RequestWait &wait, RequestWait::End end, const QString &package)
+{
+    switch (end) {
+    case RequestWait::End::Seen:
+        break;
+    case RequestWait::End::RuntimeUnknown:
+        return wait.unit().outcome;
+    case RequestWait::End::RuntimeFailed:
+        return {ExitStatus::RuntimeUnavailable,
+                QStringLiteral("The Android runtime has failed, and %1 is still there. Start it "
+                               "with “bramctl start” and remove the app again.")
+                    .arg(package)};
+    case RequestWait::End::DaemonGone:
+        return {ExitStatus::DaemonUnreachable,
+                QStringLiteral("bramd has ended, and %1 is still there. Look at “journalctl -u "
+                               "bramd”, and remove the app again.")
+                    .arg(package)};
+    case RequestWait::End::TimeUp:
+        return {ExitStatus::NotConfirmed,
+                QStringLiteral("%1 is still there. Apps that belong to the runtime itself cannot "
+                               "be removed; “journalctl -u bramd” tells more.")
+                    .arg(package)};
+    }
+    return {};
+}
+
+/// An app without anything to open has no entry: the host never knew it.
+Outcome requireListed(const QString &package)
+{
+    Outcome outcome = CommonTexts::notInstalled(package);
+    outcome.sentence += QStringLiteral(" It never shows apps without anything to open: to remove "
+                                       "one of these, give --unlisted.");
+    return AppEntries::isInstalled(package) ? Outcome() : outcome;
+}
+
 Outcome remove(const Invocation &invocation, Context &context)
 {
     const int timeoutMs = Waiting::timeoutMs(invocation, RemoveTimeoutS);
@@ -185,8 +214,9 @@ Outcome remove(const Invocation &invocation, Context &context)
     const Outcome ready = context.requireStartableRuntime();
     if (!ready.isDone())
         return ready;
-    if (!AppEntries::isInstalled(package))
-        return CommonTexts::notInstalled(package);
+    const Outcome listed = requireListed(package);
+    if (!listed.isDone() && !invocation.has(Unlisted))
+        return listed;
 
     QDBusPendingReply<bool> reply = context.daemon().proxy().removeFile(package);
     const Outcome outcome = context.daemon().finish(reply);
@@ -198,33 +228,20 @@ Outcome remove(const Invocation &invocation, Context &context)
                                "phone. “journalctl -u bramd” tells more.")
                     .arg(package)};
     }
-
-    RuntimeUnit::State unit;
-    bool isGone = false;
-    const auto isSettled = [&] {
-        isGone = !AppEntries::isInstalled(package);
-        if (isGone)
-            return true;
-        unit = context.unit().read();
-        return !unit.outcome.isDone() || unit.hasFailed();
-    };
-    const bool inTime = Waiting::until(isSettled, timeoutMs);
-    if (isGone) {
-        context.out().line(QStringLiteral("%1 is removed.").arg(package));
-        return {};
-    }
-    if (!unit.outcome.isDone())
-        return unit.outcome;
-    if (inTime) {
-        return {ExitStatus::RuntimeUnavailable,
-                QStringLiteral("The Android runtime has failed, and %1 is still there. Start it "
-                               "with “bramctl start” and remove the app again.")
+    if (!listed.isDone()) {
+        return {ExitStatus::NotConfirmed,
+                QStringLiteral("bramd has taken it, but the host does not list %1, so that nothing "
+                               "here shows whether it is gone. “journalctl -u bramd” may tell.")
                     .arg(package)};
     }
-    return {ExitStatus::NotConfirmed,
-            QStringLiteral("%1 is still there. Apps that belong to the runtime itself cannot be "
-                           "removed; “journalctl -u bramd” tells more.")
-                .arg(package)};
+
+    RequestWait wait(context, false);
+    const RequestWait::End end =
+        wait.until([&package] { return !AppEntries::isInstalled(package); }, timeoutMs);
+    if (end != RequestWait::End::Seen)
+        return notRemoved(wait, end, package);
+    context.out().line(QStringLiteral("%1 is removed.").arg(package));
+    return {};
 }
 
 } // namespace
@@ -240,14 +257,20 @@ QVector<Command> packageCommands()
          QStringLiteral("Install apps from APK files"),
          QStringLiteral("FILE is a path or a file URL. The runtime is started if needed. Without "
                         "--wait, done means that bramd took\nthe file; a notice tells what became "
-                        "of it. With several files and --wait, one is installed after the other."),
+                        "of it. With several files and --wait, one is installed after the "
+                        "other.\nNothing here "
+                        "shows when the same version is installed again, nor apps without anything "
+                        "to open: they are\nnot confirmed."),
          install},
         {QStringLiteral("remove"),
          {CommonTexts::packageArgument()},
-         {CommonTexts::timeoutOption(RemoveTimeoutS)},
+         {{Unlisted, QString(), ArgumentKind::Word,
+           QStringLiteral("Even one that the host does not list"), false},
+          CommonTexts::timeoutOption(RemoveTimeoutS)},
          QStringLiteral("Remove an app and its data"),
          QStringLiteral("Waits until the host has forgotten the app. The runtime is started if "
-                        "needed."),
+                        "needed. An app without anything to open is\nnever listed by the host; its "
+                        "removal is not confirmed."),
          remove},
     };
 }
