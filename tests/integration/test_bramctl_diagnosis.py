@@ -74,5 +74,17 @@ def test_a_full_disk_ends_the_monitor(phone):
 
 def test_a_report_has_everything(papertrail):
     del papertrail
-    bramctl("bugreport").done("== Versions", "== Runtime\nactive", "== Findings\n(none)",
-                              PAPERTRAIL, "== Journal")
+    bramctl("bugreport").done("== Versions", "Android  9 (SDK 28)", "== bramd\nrunning",
+                              "== Runtime\nactive", "== Findings\n(none)", PAPERTRAIL,
+                              "== Journal")
+    report = bramctl("bugreport", "--json").done().json()
+    assert set(report) == {"versions", "bramd", "runtime", "findings", "apps", "journal"}
+    assert (report["bramd"], report["runtime"], report["findings"]) == (["running"], ["active"], [])
+    assert report["apps"][0].startswith(PAPERTRAIL)
+
+
+def test_a_report_is_made_without_a_bus(phone):
+    del phone
+    bramctl("bugreport", DBUS_SYSTEM_BUS_ADDRESS="unix:path=/nowhere").done(
+        "Android  not known", "== bramd\nnot known, because the system bus cannot be reached",
+        "== Runtime\nnot known", "The system bus cannot be reached.")

@@ -3,7 +3,7 @@
 from phone.waiting import wait_for
 
 from bramctl import REFUSED, bramctl
-from hostfiles import DOWNLOADS, home_file
+from hostfiles import APPLICATIONS, DOWNLOADS, home_file
 from launches import HOME_VOLUME, WEATHER, launched_packages, start_with_weather, started_intents
 
 
@@ -27,6 +27,21 @@ def test_an_app_that_is_not_there_is_not_launched(phone):
     start_with_weather(phone)
     bramctl("launch", "org.example.nothing").failed(REFUSED, "bramctl list")
     assert not launched_packages(phone)
+
+
+def test_of_an_app_without_launchers_none_is_launched(phone):
+    phone.start_daemon()
+    (APPLICATIONS / "bramd_handler_a_b-a_b_C.desktop").write_text(
+        "[Desktop Entry]\nX-bramd-packageName=a.b\nNoDisplay=true\n", encoding="utf-8")
+    bramctl("launch", "a.b/a.b.C").failed(REFUSED, "a.b has no launchers", "bramctl targets")
+
+
+def test_an_intent_for_an_app_that_the_host_does_not_know_is_remarked(phone):
+    start_with_weather(phone)
+    phone.runtime.hold("SurfaceFlinger")  # nobody waits for windows
+    bramctl("intent", "--package", "org.example.typo").done("The host knows no app org.example.typo")
+    assert "knows no app" not in bramctl("intent", "--package", WEATHER).done().out
+    assert "knows no app" not in bramctl("intent").done().out
 
 
 def test_an_intent_carries_what_was_given(phone):

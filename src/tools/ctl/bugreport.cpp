@@ -1,7 +1,9 @@
 #include "tools/ctl/bugreport.h"
 
 #include "config/runtimetext.h"
+#include "tools/ctl/androidversion.h"
 #include "tools/ctl/context.h"
+#include "tools/ctl/daemonstatus.h"
 #include "tools/ctl/doctor.h"
 #include "tools/ctl/hostreader.h"
 #include "tools/ctl/texttable.h"
@@ -13,13 +15,6 @@
 namespace BugReport {
 
 namespace {
-
-QStringList section(const QString &title, const QStringList &lines)
-{
-    return QStringList{QStringLiteral("== %1").arg(title)} +
-           (lines.isEmpty() ? QStringList(QStringLiteral("(none)")) : lines) +
-           QStringList(QString());
-}
 
 /// Daemon and runtime; an ordinary user may see no more than a remark about permissions.
 QStringList journal()
@@ -64,22 +59,49 @@ QStringList apps(const HostState &host)
     return TextTable::lines(rows);
 }
 
+QStringList versions(const AndroidVersionData &android)
+{
+    return TextTable::lines(
+        {{QStringLiteral("bramctl"), QCoreApplication::applicationVersion()},
+         {QStringLiteral("Android"),
+          android.sdkVersion == 0 ? QStringLiteral("not known") : AndroidVersion::text(android)},
+         {QStringLiteral("system"), QSysInfo::prettyProductName()},
+         {QStringLiteral("kernel"), QSysInfo::kernelVersion()},
+         {QStringLiteral("machine"), QSysInfo::currentCpuArchitecture()}});
+}
+
+QString runtime(const HostState &host)
+{
+    if (!host.unitState.isEmpty())
+        return host.unitState;
+    return host.unitComplaint.isEmpty() ? QStringLiteral("not known") : host.unitComplaint;
+}
+
 } // namespace
 
-QStringList write(Context &context)
+QVector<Section> write(Context &context)
 {
     const HostState host = HostReader::read(context);
-    return section(QStringLiteral("Versions"),
-                   TextTable::lines(
-                       {{QStringLiteral("bramctl"), QCoreApplication::applicationVersion()},
-                        {QStringLiteral("system"), QSysInfo::prettyProductName()},
-                        {QStringLiteral("kernel"), QSysInfo::kernelVersion()},
-                        {QStringLiteral("machine"), QSysInfo::currentCpuArchitecture()}})) +
-           section(QStringLiteral("Runtime"),
-                   {host.unitState.isEmpty() ? host.unitComplaint : host.unitState}) +
-           section(QStringLiteral("Findings"), findings(host)) +
-           section(QStringLiteral("Apps"), apps(host)) +
-           section(QStringLiteral("Journal"), journal());
+    const Context::DaemonState daemon = context.daemonState();
+    return {
+        {QStringLiteral("Versions"), versions(DaemonStatus::androidVersion(context, daemon))},
+        {QStringLiteral("bramd"), {DaemonStatus::text(daemon)}},
+        {QStringLiteral("Runtime"), {runtime(host)}},
+        {QStringLiteral("Findings"), findings(host)},
+        {QStringLiteral("Apps"), apps(host)},
+        {QStringLiteral("Journal"), journal()},
+    };
+}
+
+QStringList inLines(const QVector<Section> &sections)
+{
+    QStringList lines;
+    for (const Section &section : sections) {
+        lines.append(QStringLiteral("== %1").arg(section.title));
+        lines += section.lines.isEmpty() ? QStringList(QStringLiteral("(none)")) : section.lines;
+        lines.append(QString());
+    }
+    return lines;
 }
 
 } // namespace BugReport

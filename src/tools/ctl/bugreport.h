@@ -1,12 +1,23 @@
 #pragma once
 
+#include <QString>
 #include <QStringList>
+#include <QVector>
 
 class Context;
 
 namespace BugReport {
 
+struct Section
+{
+    QString title;
+    QStringList lines;
+};
+
 /// Versions, states, findings, apps, and the newest lines of the journal.
-QStringList write(Context &context);
+QVector<Section> write(Context &context);
+
+/// For people, each section below its title.
+QStringList inLines(const QVector<Section> &sections);
 
 } // namespace BugReport

@@ -61,9 +61,14 @@ Outcome doctor(const Invocation &invocation, Context &context)
     return {findings.isEmpty() ? ExitStatus::Done : ExitStatus::Refused, QString()};
 }
 
-Outcome bugreport(const Invocation &, Context &context)
+Outcome bugreport(const Invocation &invocation, Context &context)
 {
-    context.out().lines(BugReport::write(context));
+    const QVector<BugReport::Section> sections = BugReport::write(context);
+    QJsonObject object;
+    for (const BugReport::Section &section : sections)
+        object.insert(section.title.toLower(), QJsonArray::fromStringList(section.lines));
+    context.out().answer(invocation.has(QStringLiteral("--json")), object,
+                         BugReport::inLines(sections));
     return {};
 }
 
@@ -88,7 +93,7 @@ QVector<Command> diagnosisCommands()
          doctor},
         {QStringLiteral("bugreport"),
          {},
-         {},
+         json,
          QStringLiteral("Print all that helps to understand a fault"),
          QStringLiteral("It names your apps: read it before you pass it on."),
          bugreport},

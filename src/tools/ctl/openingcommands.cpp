@@ -48,6 +48,13 @@ Outcome launch(const Invocation &invocation, Context &context)
                             QStringLiteral("%1 is to open").arg(app->name));
     }
     const QString className = argument.mid(separator + 1);
+    if (app->launchers.isEmpty()) {
+        return {
+            ExitStatus::Refused,
+            QStringLiteral("%1 has no launchers: it opens what others hand to it. “bramctl list "
+                           "--json” and “bramctl targets” show what that is.")
+                .arg(package)};
+    }
     if (!app->launchers.contains(className)) {
         return {ExitStatus::Refused,
                 QStringLiteral("%1 has no launcher %2 but: %3.")
@@ -81,8 +88,15 @@ Outcome intent(const Invocation &invocation, Context &context)
         invocation.value(QStringLiteral("--action")), data.address,
         invocation.value(QStringLiteral("--type")), package, className,
         invocation.value(QStringLiteral("--category")), extras.values);
-    return confirmTaken(context, context.daemon().finish(call),
-                        QStringLiteral("the intent goes to the runtime"));
+    const Outcome taken = confirmTaken(context, context.daemon().finish(call),
+                                       QStringLiteral("the intent goes to the runtime"));
+    // It is no mistake: Android's own parts, such as its settings, have no entries on the host.
+    if (taken.isDone() && !package.isEmpty() && !AppEntries::isInstalled(package)) {
+        context.out().line(QStringLiteral("The host knows no app %1, but the runtime may; “bramctl "
+                                          "list” shows those it knows.")
+                               .arg(package));
+    }
+    return taken;
 }
 
 Outcome openSettings(const Invocation &invocation, Context &context)

@@ -7,6 +7,7 @@
 #include "tools/ctl/command.h"
 #include "tools/ctl/commontexts.h"
 #include "tools/ctl/context.h"
+#include "tools/ctl/daemonstatus.h"
 #include "tools/ctl/texttable.h"
 #include "tools/ctl/unitcontrol.h"
 #include "tools/ctl/waiting.h"
@@ -18,36 +19,6 @@ namespace {
 
 constexpr int StartTimeoutS = 60;
 
-QString daemonText(Context::DaemonState state)
-{
-    switch (state) {
-    case Context::DaemonState::Running:
-        return QStringLiteral("running");
-    case Context::DaemonState::Startable:
-        return QStringLiteral("not running; starts with the next request");
-    case Context::DaemonState::Missing:
-        return QStringLiteral("not installed, or not known to the bus");
-    case Context::DaemonState::NoBus:
-        break;
-    }
-    return QStringLiteral("not known, because the system bus cannot be reached");
-}
-
-QString daemonWord(Context::DaemonState state)
-{
-    switch (state) {
-    case Context::DaemonState::Running:
-        return QStringLiteral("running");
-    case Context::DaemonState::Startable:
-        return QStringLiteral("startable");
-    case Context::DaemonState::Missing:
-        return QStringLiteral("missing");
-    case Context::DaemonState::NoBus:
-        break;
-    }
-    return QStringLiteral("unknown");
-}
-
 QJsonObject versionInJson(const AndroidVersionData &version)
 {
     return {{QStringLiteral("sdk"), version.sdkVersion},
@@ -55,21 +26,12 @@ QJsonObject versionInJson(const AndroidVersionData &version)
             {QStringLiteral("securityPatch"), version.securityPatch}};
 }
 
-/// The daemon has to be there already: asking for a state is no reason to start it.
-AndroidVersionData versionIfRunning(Context &context, Context::DaemonState daemonState)
-{
-    if (daemonState != Context::DaemonState::Running)
-        return {};
-    QDBusPendingReply<AndroidVersionData> reply = context.daemon().proxy().getAndroidVersionData();
-    return context.daemon().finish(reply).isDone() ? reply.value() : AndroidVersionData();
-}
-
 QStringList statusLines(Context::DaemonState daemonState, const RuntimeUnit::State &unit,
                         const AndroidVersionData &version, int apps)
 {
     const bool isKnown = unit.outcome.isDone();
     return TextTable::lines({
-        {QStringLiteral("bramd"), daemonText(daemonState)},
+        {QStringLiteral("bramd"), DaemonStatus::text(daemonState)},
         {QStringLiteral("Runtime"),
          isKnown ? QStringLiteral("%1 (%2)").arg(unit.activeState, unit.subState)
                  : QStringLiteral("not known")},
@@ -90,7 +52,7 @@ Outcome status(const Invocation &invocation, Context &context)
         unit.outcome = context.requireDaemon();
     else
         unit = context.unit().read();
-    const AndroidVersionData version = versionIfRunning(context, daemonState);
+    const AndroidVersionData version = DaemonStatus::androidVersion(context, daemonState);
     const int apps = AppEntries::appsOf(AppEntries::readAll()).size();
 
     const QJsonObject runtime{
@@ -99,7 +61,7 @@ Outcome status(const Invocation &invocation, Context &context)
         {QStringLiteral("atBoot"), unit.isEnabled()},
     };
     const QJsonObject object{
-        {QStringLiteral("daemon"), daemonWord(daemonState)},
+        {QStringLiteral("daemon"), DaemonStatus::word(daemonState)},
         {QStringLiteral("runtime"), unit.outcome.isDone() ? runtime : QJsonValue()},
         {QStringLiteral("android"),
          version.sdkVersion == 0 ? QJsonValue() : QJsonValue(versionInJson(version))},
