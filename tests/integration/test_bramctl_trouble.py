@@ -1,10 +1,12 @@
 """What bramctl says when the daemon, the bus or the runtime is away, or of a senseless call."""
 
+import socket
 from pathlib import Path
 
 import pytest
 
 from phone.daemon import SERVICE
+from phone.namespace import USER_ID
 
 from bramctl import DONE, NO_RUNTIME, REFUSED, UNREACHABLE, USAGE, bramctl
 from hostfiles import APPLICATIONS, ICONS, SETTINGS, download
@@ -53,6 +55,7 @@ def test_without_permission(phone):
     phone.system_bus.forbid_calls(SERVICE)
     for words in [["start"], ["licenses"], ["usage"], ["monitor"]]:
         run(words).failed(REFUSED, "You may not call bramd", "Ask the administrator")
+    assert "You may not call bramd." in bramctl("doctor").out
 
 
 def test_with_a_stopped_runtime(phone):
@@ -172,7 +175,18 @@ def test_the_doctor_tells_what_is_wrong(phone):
 def test_the_doctor_finds_a_session_bus_that_is_away(phone):
     phone.start_daemon()
     phone.session_bus.stop()
-    assert "The session bus cannot be reached at /run/user/" in bramctl("doctor").out
+    other_users = Path("/run/user/4711/dbus/user_bus_socket")
+    other_users.parent.mkdir(parents=True)
+    with socket.socket(socket.AF_UNIX) as listening:
+        listening.bind(str(other_users))
+        listening.listen()
+        assert f"The session bus cannot be reached at /run/user/{USER_ID}/" in bramctl("doctor").out
+
+
+@pytest.mark.phone(logged_in=False)
+def test_the_doctor_misses_no_session_bus_when_nobody_is_there(phone):
+    phone.session_bus.stop()
+    assert "session bus" not in bramctl("doctor").out
 
 
 def test_an_unreadable_blacklist_is_left_alone(phone):

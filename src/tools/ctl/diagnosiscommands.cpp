@@ -82,8 +82,10 @@ QVector<Command> diagnosisCommands()
          {},
          json,
          QStringLiteral("Show what happens until it is interrupted"),
-         QStringLiteral("The signals of bramd, such as “appClosed”, and the states of bramd and of "
-                        "the runtime, one line each. With --json,\neach line is an object."),
+         QStringLiteral(
+             "The signals of bramd, such as “appClosed”, and the states of bramd and of "
+             "the runtime, one line each. With --json,\neach line is an object. Ctrl-C, or "
+             "SIGTERM, ends it, with the status 0."),
          monitor},
         {QStringLiteral("doctor"),
          {},
