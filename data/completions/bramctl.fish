@@ -4,7 +4,10 @@ function __bramctl_complete
     set -l words (commandline -opc) (commandline -ct)
     for line in (bramctl --complete $words[2..-1] 2>/dev/null)
         if test "$line" = ":files"
-            __fish_complete_path (commandline -ct)
+            set -l token (commandline -ct)
+            set -l option (string match --regex -- '^--[^=]*=' $token)
+            string replace --regex -- '^' "$option" (
+                __fish_complete_path (string replace -- "$option" '' $token))
         else
             printf '%s\n' $line
         end

@@ -9,6 +9,7 @@ import pytest
 from bramctl import bramctl, environment
 from daemonsteps import start_beside_runtime
 from hostfiles import DOWNLOADS, download
+from parcels import ADD_LAUNCHER, launcher
 
 SCRIPTS = Path(__file__).resolve().parents[2] / "data/completions"
 METRONOME = "org.example.metronome"
@@ -23,6 +24,7 @@ _bramctl
 ((${{#COMPREPLY[@]}})) && printf '%s\\n' "${{COMPREPLY[@]}}"
 """
 ZSH = f"""_files() {{ print :files }}
+compset() {{ : }}
 _describe() {{ print -l -- ${{${{(P)2}}%%:*}} }}
 words=(bramctl "$@")
 CURRENT=$#words
@@ -57,7 +59,25 @@ def test_what_fits_is_offered(phone, shell):
     assert offered(shell, "size", METRONOME, "org.example.p") == [PAPERTRAIL]
     assert offered(shell, "share", "a", "--to", f"{PAPERTRAIL}/{PAPERTRAIL}.ShareO") == [
         f"{PAPERTRAIL}/{PAPERTRAIL}.ShareOneActivity"]
+    # What stands behind "=" is a word of its own for bash alone.
+    target = f"{PAPERTRAIL}/{PAPERTRAIL}.ShareOneActivity"
+    if shell == "bash":
+        assert offered(shell, "share", "a", "--to", "=", target[:-4]) == [target]
+    else:
+        assert offered(shell, "share", "a", f"--to={target[:-4]}") == [f"--to={target}"]
+    assert offered(shell, "launch", f"{METRONOME}/") == [f"{METRONOME}/{METRONOME}.MainActivity"]
     assert offered(shell, "install", "--w") == ["--wait"]
     assert offered(shell, "boot", METRONOME, "of") == ["off"]
     files = {":files"} if shell != "fish" else {"metronome-1.apk", "papertrail.apk"}
     assert files <= set(offered(shell, "install", ""))
+    if shell == "fish":
+        assert offered(shell, "intent", "--data=paper") == ["--data=papertrail.apk"]
+
+
+def test_bash_offers_what_fits_what_was_typed_with_backslashes(phone):
+    """As it has to be for a nested class."""
+    start_beside_runtime(phone)
+    package, activity = "org.example.quiz", "org.example.quiz.Outer$Inner"
+    phone.runtime.call_launcher(ADD_LAUNCHER, launcher(package, activity, "Quiz"))
+    assert offered("bash", "launch", f"{package}/{package}.Outer\\$In") == [
+        f"{package}/{package}.Outer\\$Inner"]

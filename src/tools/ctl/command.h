@@ -9,7 +9,7 @@
 class Context;
 
 /// What an argument is, for its name in the usage and for its completion.
-enum class ArgumentKind { File, Item, Package, App, Target, OnOff, CommandName, Word };
+enum class ArgumentKind { File, Item, Package, Hidden, App, Target, OnOff, CommandName, Word };
 
 /// One argument that stands at its place, such as "PKG".
 struct Argument

@@ -78,6 +78,10 @@ ParsedCommandLine parseCommandLine(const Command &command, const QStringList &wo
     bool optionsEnded = false;
     for (int index = 0; index < words.size() && parsed.error.isEmpty(); ++index) {
         const QString &word = words.at(index);
+        parsed.wantsHelp =
+            !optionsEnded && (word == QLatin1String("--help") || word == QLatin1String("-h"));
+        if (parsed.wantsHelp)
+            return parsed;
         if (!optionsEnded && word == QLatin1String("--"))
             optionsEnded = true;
         else if (!optionsEnded && word.startsWith(QLatin1Char('-')) && word.size() > 1)

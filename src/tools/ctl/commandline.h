@@ -11,7 +11,8 @@ struct Command;
 struct ParsedCommandLine
 {
     Invocation invocation;
-    QString error; ///< a sentence; empty when the words fit the row
+    QString error;          ///< a sentence; empty when the words fit the row
+    bool wantsHelp = false; ///< the rest says nothing then
 };
 
 /// Options may stand anywhere before "--", and have their value behind "=" or as the next word.

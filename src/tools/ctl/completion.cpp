@@ -9,15 +9,7 @@ namespace Completion {
 
 namespace {
 
-/// What all kinds of words are made from.
-struct Sources
-{
-    const QVector<Command> &commands;
-    const QVector<App> &apps;
-    const QVector<ShareTarget> &targets;
-};
-
-QVector<Suggestions::Word> commandNames(const Sources &sources)
+QVector<Suggestions::Word> commandNames(const CompletionSources &sources)
 {
     QVector<Suggestions::Word> words;
     for (const Command &command : sources.commands)
@@ -25,7 +17,7 @@ QVector<Suggestions::Word> commandNames(const Sources &sources)
     return words;
 }
 
-QVector<Suggestions::Word> packages(const Sources &sources)
+QVector<Suggestions::Word> packages(const CompletionSources &sources)
 {
     QVector<Suggestions::Word> words;
     for (const App &app : sources.apps)
@@ -33,7 +25,28 @@ QVector<Suggestions::Word> packages(const Sources &sources)
     return words;
 }
 
-QVector<Suggestions::Word> targetNames(const Sources &sources)
+QVector<Suggestions::Word> hiddenPackages(const CompletionSources &sources)
+{
+    QVector<Suggestions::Word> words;
+    for (const QString &package : sources.hiddenPackages)
+        words.append({package, QString()});
+    return words;
+}
+
+/// Packages, and behind "PKG/" the classes that can be opened.
+QVector<Suggestions::Word> launchable(const CompletionSources &sources, const QString &beginning)
+{
+    if (!beginning.contains(QLatin1Char('/')))
+        return packages(sources);
+    QVector<Suggestions::Word> words;
+    for (const App &app : sources.apps) {
+        for (const QString &className : app.launchers)
+            words.append({app.packageName + QLatin1Char('/') + className, app.name});
+    }
+    return words;
+}
+
+QVector<Suggestions::Word> targetNames(const CompletionSources &sources)
 {
     QVector<Suggestions::Word> words;
     for (const ShareTarget &target : sources.targets)
@@ -41,15 +54,18 @@ QVector<Suggestions::Word> targetNames(const Sources &sources)
     return words;
 }
 
-Suggestions ofKind(ArgumentKind kind, const Sources &sources)
+Suggestions ofKind(ArgumentKind kind, const CompletionSources &sources, const QString &beginning)
 {
     switch (kind) {
     case ArgumentKind::File:
     case ArgumentKind::Item:
         return {{}, true};
     case ArgumentKind::Package:
-    case ArgumentKind::App:
         return {packages(sources), false};
+    case ArgumentKind::Hidden:
+        return {hiddenPackages(sources), false};
+    case ArgumentKind::App:
+        return {launchable(sources, beginning), false};
     case ArgumentKind::Target:
         return {targetNames(sources), false};
     case ArgumentKind::OnOff:
@@ -69,8 +85,23 @@ const Option *optionOf(const Command &command, const QString &name)
     return found == command.options.cend() ? nullptr : &*found;
 }
 
+/// The value of "--option=".
+Suggestions valueWithin(const Command &command, const QString &word,
+                        const CompletionSources &sources)
+{
+    const int separator = word.indexOf(QLatin1Char('='));
+    const Option *option = optionOf(command, word.left(separator));
+    if (!option || option->valueName.isEmpty())
+        return {};
+    Suggestions suggestions = ofKind(option->valueKind, sources, word.mid(separator + 1));
+    for (Suggestions::Word &value : suggestions.words)
+        value.text.prepend(word.left(separator + 1));
+    return suggestions;
+}
+
 /// Within a command: its options, the value of one, or the argument whose turn it is.
-Suggestions inCommand(const Command &command, const QStringList &words, const Sources &sources)
+Suggestions inCommand(const Command &command, const QStringList &words,
+                      const CompletionSources &sources)
 {
     int arguments = 0;
     const Option *open = nullptr; ///< the option whose value comes next
@@ -86,9 +117,11 @@ Suggestions inCommand(const Command &command, const QStringList &words, const So
         }
     }
     if (open)
-        return ofKind(open->valueKind, sources);
+        return ofKind(open->valueKind, sources, words.last());
 
     if (words.last().startsWith(QLatin1Char('-'))) {
+        if (words.last().contains(QLatin1Char('=')))
+            return valueWithin(command, words.last(), sources);
         Suggestions suggestions;
         for (const Option &option : command.options)
             suggestions.words.append({option.name, option.help});
@@ -100,15 +133,14 @@ Suggestions inCommand(const Command &command, const QStringList &words, const So
     if (isBeyond && !command.arguments.last().isRepeated)
         return {};
     return ofKind(command.arguments.at(std::min(arguments, command.arguments.size() - 1)).kind,
-                  sources);
+                  sources, words.last());
 }
 
 } // namespace
 
-Suggestions suggest(const QVector<Command> &commands, const QStringList &words,
-                    const QVector<App> &apps, const QVector<ShareTarget> &targets)
+Suggestions suggest(const CompletionSources &sources, const QStringList &words)
 {
-    const Sources sources{commands, apps, targets};
+    const QVector<Command> &commands = sources.commands;
     Suggestions suggestions;
     if (words.size() < 2) {
         suggestions.words = commandNames(sources);

@@ -23,12 +23,20 @@ struct Suggestions
     bool files = false; ///< names of files, too
 };
 
+/// What all kinds of words are made from.
+struct CompletionSources
+{
+    const QVector<Command> &commands;
+    QVector<App> apps;
+    QVector<ShareTarget> targets;
+    QStringList hiddenPackages;
+};
+
 namespace Completion {
 
 /// `words` are those after the program's name, up to the cursor; the last one is being written and
-/// may be empty.
-Suggestions suggest(const QVector<Command> &commands, const QStringList &words,
-                    const QVector<App> &apps, const QVector<ShareTarget> &targets);
+/// may be empty. A value behind "=" is part of its option's word, in what is suggested as well.
+Suggestions suggest(const CompletionSources &sources, const QStringList &words);
 
 /// As the completion scripts read them: a line per word, its meaning behind a tab, and a line
 /// ":files".

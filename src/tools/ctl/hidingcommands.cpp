@@ -60,9 +60,9 @@ Outcome change(const Invocation &invocation, Context &context, bool hide)
 {
     const QString &package = invocation.arguments.first();
     if (!RuntimeText::isUsableName(package) || package.trimmed() != package) {
-        return {
-            ExitStatus::Refused,
-            QStringLiteral("“%1” is no name of a package.").arg(RuntimeText::singleLine(package))};
+        return {ExitStatus::Refused,
+                QStringLiteral("“%1” is no name of a package. “bramctl list” shows those of apps.")
+                    .arg(package)};
     }
     if (geteuid() != 0) {
         return {ExitStatus::Refused,
@@ -136,6 +136,7 @@ Outcome hidden(const Invocation &invocation, Context &context)
 QVector<Command> hidingCommands()
 {
     const Argument package = CommonTexts::packageArgument();
+    const Argument hiddenPackage{package.name, ArgumentKind::Hidden, false, false};
     return {
         {QStringLiteral("hide"),
          {package},
@@ -148,7 +149,7 @@ QVector<Command> hidingCommands()
              "when bramd has\nstarted anew and the runtime has announced its apps."),
          hide},
         {QStringLiteral("unhide"),
-         {package},
+         {hiddenPackage},
          {},
          QStringLiteral("Take an app off the list of hidden apps"),
          QStringLiteral("The counterpart of “hide”, with the same conditions."),

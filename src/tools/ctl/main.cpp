@@ -1,5 +1,6 @@
 #include "tools/common/toolapplication.h"
 #include "tools/ctl/appentry.h"
+#include "tools/ctl/blacklistfile.h"
 #include "tools/ctl/command.h"
 #include "tools/ctl/commandline.h"
 #include "tools/ctl/commandtable.h"
@@ -7,6 +8,7 @@
 #include "tools/ctl/context.h"
 #include "tools/ctl/help.h"
 #include "tools/ctl/output.h"
+#include "tools/ctl/regularfile.h"
 #include "tools/ctl/sharetarget.h"
 
 namespace {
@@ -24,9 +26,11 @@ Outcome run(const QStringList &words, Context &context)
         return {};
     }
     if (name == QLatin1String("--complete")) { // for the completion scripts of shells
-        const QStringList fitting = Completion::lines(Completion::suggest(
-            CommandTable::commands(), words.mid(1), AppEntries::appsOf(AppEntries::readAll()),
-            ShareTargets::read().targets));
+        const CompletionSources sources{
+            CommandTable::commands(), AppEntries::appsOf(AppEntries::readAll()),
+            ShareTargets::read().targets,
+            BlacklistFile::packages(RegularFile::read(BlacklistFile::path()).content)};
+        const QStringList fitting = Completion::lines(Completion::suggest(sources, words.mid(1)));
         for (const QString &word : fitting)
             context.out().text(word);
         return {};
@@ -38,11 +42,11 @@ Outcome run(const QStringList &words, Context &context)
                                          : QStringLiteral("There is no command “%1”.").arg(name),
                           QStringLiteral("“bramctl --help” lists them."));
     }
-    if (words.mid(1) == QStringList(QStringLiteral("--help"))) {
+    const ParsedCommandLine parsed = parseCommandLine(*command, words.mid(1));
+    if (parsed.wantsHelp) {
         context.out().text(Help::page(*command).trimmed());
         return {};
     }
-    const ParsedCommandLine parsed = parseCommandLine(*command, words.mid(1));
     if (!parsed.error.isEmpty())
         return usageError(parsed.error, QStringLiteral("Usage: %1").arg(Help::usage(*command)));
     return command->handler(parsed.invocation, context);

@@ -44,6 +44,8 @@ private Q_SLOTS:
     void takesArgumentsAndOptionsInAnyOrder();
     void tellsWhatIsWrong_data();
     void tellsWhatIsWrong();
+    void takesAWishForHelpAnywhere_data();
+    void takesAWishForHelpAnywhere();
     void checksOnAndOff();
     void readsExtras();
     void refusesExtrasThatAreNone_data();
@@ -99,6 +101,26 @@ void CommandLineTest::tellsWhatIsWrong()
 {
     QFETCH(QString, words);
     QTEST(parseCommandLine(sample(), split(words)).error, "error");
+}
+
+void CommandLineTest::takesAWishForHelpAnywhere_data()
+{
+    QTest::addColumn<QString>("words");
+    QTest::addColumn<bool>("wantsHelp");
+    QTest::newRow("alone") << "--help"_q << true;
+    QTest::newRow("short") << "-h"_q << true;
+    QTest::newRow("behind an argument") << "a --help"_q << true;
+    QTest::newRow("before what is wrong") << "--help --colour"_q << true;
+    QTest::newRow("not as a value") << "a --to --help"_q << false;
+    QTest::newRow("not when options have ended") << "--to x -- --help"_q << false;
+}
+
+void CommandLineTest::takesAWishForHelpAnywhere()
+{
+    QFETCH(QString, words);
+    const ParsedCommandLine parsed = parseCommandLine(sample(), split(words));
+    QTEST(parsed.wantsHelp, "wantsHelp");
+    QCOMPARE(parsed.error, QString());
 }
 
 void CommandLineTest::checksOnAndOff()

@@ -37,6 +37,13 @@ void CompletionTest::offersWhatFits_data()
     row("more files", {"install"_q, "a.apk"_q, ""_q}, {":files"_q});
     row("options", {"install"_q, "--w"_q}, {"--wait\tWait until the app is there"_q});
     row("value of an option", {"share"_q, "a"_q, "--to"_q, "org"_q}, {target});
+    row("value within an option's word", {"share"_q, "a"_q, "--to=org"_q}, {"--to="_q + target});
+    row("files within an option's word", {"intent"_q, "--data=/ho"_q}, {":files"_q});
+    row("nothing within a flag", {"install"_q, "--wait=o"_q}, {});
+    row("nothing within an unknown option", {"install"_q, "--no=o"_q}, {});
+    row("apps", {"launch"_q, "org.a"_q}, {"org.a\tApp A"_q});
+    row("classes of an app", {"launch"_q, "org.a/"_q}, {"org.a/org.a.Main\tApp A"_q});
+    row("hidden apps", {"unhide"_q, "org."_q}, {"org.hidden"_q});
     row("after a value", {"share"_q, "--to"_q, "x"_q, ""_q}, {":files"_q});
     row("after a flag", {"install"_q, "--wait"_q, ""_q}, {":files"_q});
     row("on and off", {"boot"_q, "org.a"_q, "o"_q}, {"on"_q, "off"_q});
@@ -51,24 +58,26 @@ void CompletionTest::offersWhatFits()
     App first;
     first.packageName = "org.a"_q;
     first.name = "App A"_q;
+    first.launchers = QStringList{"org.a.Main"_q};
     App second;
     second.packageName = "org.b"_q;
     ShareTarget target;
     target.packageName = "org.a"_q;
     target.className = "org.a.Share"_q;
     target.caption = "File it"_q;
-    QTEST(Completion::lines(
-              Completion::suggest(CommandTable::commands(), words, {first, second}, {target})),
+    QTEST(Completion::lines(Completion::suggest(
+              {CommandTable::commands(), {first, second}, {target}, {"org.hidden"_q}}, words)),
           "expected");
 }
 
 void CompletionTest::offersEveryCommandAndOption()
 {
     const QVector<Command> &commands = CommandTable::commands();
-    QCOMPARE(Completion::suggest(commands, {QString()}, {}, {}).words.size(), commands.size());
-    QCOMPARE(Completion::suggest(commands, {}, {}, {}).words.size(), commands.size());
+    const CompletionSources sources{commands, {}, {}, {}};
+    QCOMPARE(Completion::suggest(sources, {QString()}).words.size(), commands.size());
+    QCOMPARE(Completion::suggest(sources, {}).words.size(), commands.size());
     for (const Command &command : commands) {
-        QCOMPARE(Completion::suggest(commands, {command.name, "-"_q}, {}, {}).words.size(),
+        QCOMPARE(Completion::suggest(sources, {command.name, "-"_q}).words.size(),
                  command.options.size());
     }
 }
