@@ -2,6 +2,7 @@
 
 #include "launcher/launcherpaths.h"
 #include "platform/host/seat.h"
+#include "tools/common/runtimeready.h"
 #include "tools/common/runtimeunit.h"
 #include "tools/ctl/context.h"
 #include "tools/ctl/regularfile.h"
@@ -85,7 +86,7 @@ HostState read(Context &context)
     const Context::DaemonState daemon = context.daemonState();
     host.systemBusReachable = daemon != Context::DaemonState::NoBus;
     host.daemonKnown = daemon != Context::DaemonState::Missing;
-    host.runtimeImageThere = QFileInfo::exists(QStringLiteral("/opt/umbra/system.img"));
+    host.runtimeImageThere = RuntimeReady::isInstalled();
     if (host.systemBusReachable) {
         const RuntimeUnit::State unit = context.unit().read();
         host.unitState = unit.activeState;

@@ -1,5 +1,6 @@
 #include "support/testcase.h"
 #include "tools/common/capturedstream.h"
+#include "tools/ctl/confirmation.h"
 #include "tools/ctl/literals.h"
 #include "tools/ctl/output.h"
 
@@ -12,6 +13,7 @@ class OutputTest : public TestCase
 private Q_SLOTS:
     void keepsALineToItsLine();
     void leavesItsOwnTextsAlone();
+    void asksOnOneLine();
 };
 
 void OutputTest::keepsALineToItsLine()
@@ -36,6 +38,14 @@ void OutputTest::leavesItsOwnTextsAlone()
         written = stream.written();
     }
     QCOMPARE(written, QByteArray("Usage:\n\tbramctl\n"));
+}
+
+void OutputTest::asksOnOneLine()
+{
+    QVERIFY(freopen("/dev/null", "r", stdin));
+    CapturedStream stream(stderr);
+    QVERIFY(!Confirmation::ask(QStringLiteral("Delete a\nb\x1b[2J?")));
+    QCOMPARE(stream.written(), QByteArray("Delete a b [2J? [y/N] "));
 }
 
 QTEST_GUILESS_MAIN(OutputTest)
