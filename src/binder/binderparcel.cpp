@@ -96,7 +96,7 @@ void BinderParcel::writeLocalObject(const Binder::LocalObject *object)
 int BinderParcel::readInt32()
 {
     qint32 value = -1;
-    if (canRead() && !m_reader->readInt32(&value))
+    if (canRead() && !m_reader->readInt32(&value) && mayComplain())
         qCCritical(parcelLog) << "Couldn't read result";
     return value;
 }
@@ -140,9 +140,13 @@ QStringList BinderParcel::readStringList()
     const int count = readInt32();
     if (count < 1 || !canHold(count))
         return values;
-    values.reserve(count);
-    for (int i = 0; i < count; ++i)
+    for (int i = 0; i < count; ++i) {
+        const std::size_t before = bytesRemaining();
         values.append(readString());
+        // What cannot be read now cannot be read the next million times either.
+        if (bytesRemaining() == before)
+            break;
+    }
     return values;
 }
 
@@ -167,11 +171,21 @@ std::shared_ptr<Binder::RemoteObject> BinderParcel::readNullableObject()
     return object;
 }
 
-bool BinderParcel::canHold(int count) const
+bool BinderParcel::canHold(int count)
 {
-    if (!m_reader || static_cast<std::size_t>(count) > m_reader->bytesRemaining() / SmallestItem) {
+    if (static_cast<std::size_t>(count) <= bytesRemaining() / SmallestItem)
+        return true;
+    if (mayComplain())
         qCCritical(parcelLog) << "Count is larger than the message:" << count;
+    return false;
+}
+
+bool BinderParcel::mayComplain()
+{
+    if (m_complaints > MaxComplaints)
         return false;
-    }
-    return true;
+    if (m_complaints++ < MaxComplaints)
+        return true;
+    qCWarning(parcelLog) << "More is wrong with this message, which is not logged";
+    return false;
 }

@@ -30,12 +30,17 @@ class RemoteObject;
 /// never owns the message, which must live as long as the parcel is used. Copies of a writing
 /// parcel append to the same message; a copy of a reading parcel reads on by itself.
 ///
+/// A message gets at most MaxComplaints lines about what is wrong with it: counts are just numbers
+/// that somebody sent, and may promise a million values of which none can be read.
+///
 /// Nothing fails loudly: a write to a parcel that does not write is skipped, and a read from one
 /// that does not read, or whose message is used up, gives the default value and consumes nothing.
 /// Defaults: −1 for numbers, false, the null string, and empty containers.
 class BinderParcel
 {
 public:
+    static constexpr int MaxComplaints = 16;
+
     /// Neither writes nor reads: the reply parcel of a one-way call.
     BinderParcel() = default;
     explicit BinderParcel(Binder::OutgoingRequest &request);
@@ -92,11 +97,19 @@ private:
 
     /// Whether `count` items can still be in the message. One critical line when not: a count is
     /// just a number that the runtime sent.
-    bool canHold(int count) const;
+    bool canHold(int count);
+
+    /// Whether one more line about this message may be logged. The last one says that it is.
+    bool mayComplain();
 
     /// One key and its value, as Bundles have them, into `values`.
     void readPair(QVariantMap *values);
 
+    /// `count` pairs into `values`. `end` is how much of the message is left where they should end;
+    /// a pair that begins there or later gets a warning.
+    void readPairs(int count, qint64 end, QVariantMap *values);
+
     std::optional<Binder::Writer> m_writer;
     std::optional<Binder::Reader> m_reader;
+    int m_complaints = 0;
 };

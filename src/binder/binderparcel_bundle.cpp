@@ -10,6 +10,7 @@ namespace {
 // "BNDL" in memory order (AOSP frameworks/base, core/java/android/os/BaseBundle.java).
 constexpr int BundleMagic = 0x4C444E42;
 constexpr int LengthPlaceholder = 1;
+constexpr qint64 NoEnd = -1;
 
 // Value tags (AOSP frameworks/base, core/java/android/os/Parcel.java).
 enum ValueTag : int {
@@ -78,8 +79,9 @@ void BinderParcel::writeValue(const QVariant &value)
         for (const QVariant &element : elements) {
             if (element.userType() != QMetaType::QUrl) {
                 // The count stays as it is: the runtime sees a short array.
-                qCCritical(parcelLog)
-                    << "Unsupported parcelable type!" << QMetaType::typeName(value.userType());
+                if (mayComplain())
+                    qCCritical(parcelLog)
+                        << "Unsupported parcelable type!" << QMetaType::typeName(value.userType());
                 continue;
             }
             writeString(uriClassName());
@@ -88,8 +90,9 @@ void BinderParcel::writeValue(const QVariant &value)
         break;
     }
     default:
-        qCCritical(parcelLog) << "Unsupported write bundle type!"
-                              << QMetaType::typeName(value.userType());
+        if (mayComplain())
+            qCCritical(parcelLog) << "Unsupported write bundle type!"
+                                  << QMetaType::typeName(value.userType());
         break;
     }
 }
@@ -136,7 +139,8 @@ QVariant BinderParcel::readValue()
     case StringArrayTag:
         return readStringList();
     default:
-        qCCritical(parcelLog) << "Unsupported read bundle type!" << tag;
+        if (mayComplain())
+            qCCritical(parcelLog) << "Unsupported read bundle type!" << tag;
         return QVariant();
     }
 }
@@ -162,11 +166,7 @@ QVariantMap BinderParcel::readBundle()
     qCDebug(parcelLog) << "Bundle size: " << count;
     if (count < 1 || !canHold(count))
         return values;
-    for (int i = 0; i < count; ++i) {
-        if (static_cast<qint64>(m_reader->bytesRemaining()) <= end)
-            qCWarning(parcelLog) << "Bundle too big";
-        readPair(&values);
-    }
+    readPairs(count, end, &values);
     return values;
 }
 
@@ -178,9 +178,22 @@ QVariantMap BinderParcel::readMap()
     const int count = readInt32();
     if (count < 1 || !canHold(count))
         return values;
-    for (int i = 0; i < count; ++i)
-        readPair(&values);
+    readPairs(count, NoEnd, &values);
     return values;
+}
+
+void BinderParcel::readPairs(int count, qint64 end, QVariantMap *values)
+{
+    int idle = 0;
+    for (int i = 0; i < count; ++i) {
+        const std::size_t before = bytesRemaining();
+        if (static_cast<qint64>(before) <= end && mayComplain())
+            qCWarning(parcelLog) << "Bundle too big";
+        readPair(values);
+        // Nothing new can come of what cannot be read; each try has its lines, but not a million.
+        if (bytesRemaining() == before && ++idle > MaxComplaints)
+            break;
+    }
 }
 
 void BinderParcel::readPair(QVariantMap *values)

@@ -33,6 +33,8 @@ private Q_SLOTS:
     void writesStringLists();
     void readsStringLists();
     void readsStringListsThatFillTheMessage();
+    void stopsAtAListItemThatCannotBeRead();
+    void complainsAFewTimesAboutOneMessage();
     void readsNoStringsForCountsBelowOne_data();
     void readsNoStringsForCountsBelowOne();
     void refusesStringCountsThatTheMessageCannotHold_data();
@@ -145,6 +147,30 @@ void BinderParcelTest::readsStringListsThatFillTheMessage()
 
     QCOMPARE(message.parcel.readStringList(), QStringList({QString(), QString()}));
     QCOMPARE(message.parcel.bytesRemaining(), std::size_t(0));
+}
+
+void BinderParcelTest::stopsAtAListItemThatCannotBeRead()
+{
+    Received message(bytes("03000000 00000000 00000000 feffffff 2a000000"));
+
+    QCOMPARE(message.parcel.readStringList(), QStringList({QStringLiteral(""), QString()}));
+    QCOMPARE(message.parcel.readInt32(), -2);
+    QCOMPARE(message.parcel.readInt32(), 42);
+}
+
+void BinderParcelTest::complainsAFewTimesAboutOneMessage()
+{
+    QByteArray content;
+    for (int i = 0; i < 1000; ++i)
+        content += bytes("ffffff7f");
+    Received message(content);
+
+    for (int i = 0; i < 1000; ++i)
+        message.parcel.readStringList();
+
+    QCOMPARE(takeLog(QtCriticalMsg, ParcelCategory).size(), BinderParcel::MaxComplaints);
+    QCOMPARE(takeLog(QtWarningMsg, ParcelCategory),
+             QStringList(QStringLiteral("More is wrong with this message, which is not logged")));
 }
 
 void BinderParcelTest::readsNoStringsForCountsBelowOne_data()

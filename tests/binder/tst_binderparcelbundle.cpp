@@ -46,6 +46,9 @@ private Q_SLOTS:
     void refusesOtherMagicNumbers();
     void warnsBeyondTheStatedLengthAndGoesOn();
     void goesOnBeyondTheEndOfTheMessage();
+    void readsNoMillionPairsBeyondTheEnd();
+    void readsNoMillionItemsOfAMillionLists();
+    void complainsAFewTimesAboutOneList();
     void acceptsALengthBeyondTheMessage();
     void refusesCountsThatTheMessageCannotHold();
     void readsNoPairsForCountsBelowOne();
@@ -319,6 +322,51 @@ void BinderParcelBundleTest::goesOnBeyondTheEndOfTheMessage()
     QCOMPARE(message.parcel.readBundle(), expected);
     QCOMPARE(takeLog(QtWarningMsg, ParcelCategory),
              QStringList({QStringLiteral("Bundle too big"), QStringLiteral("Bundle too big")}));
+}
+
+void BinderParcelBundleTest::readsNoMillionPairsBeyondTheEnd()
+{
+    // One pair and then strings, which are no values: 400,000 pairs are promised, 100,000 read.
+    QByteArray content = bytes("14000000 424e444c 801a0600 01000000 61000000 01000000 01000000");
+    content += bytes("ffffffff 04000000 ffffffff ffffffff").repeated(100000);
+    Received message(content);
+
+    const QVariantMap expected = {{QStringLiteral("a"), 1}, {QString(), QVariant()}};
+    QCOMPARE(message.parcel.readBundle(), expected);
+    QVERIFY(takeLog(QtDebugMsg, ParcelCategory).size() < 201000);
+    const int complaints = takeLog(QtWarningMsg, ParcelCategory).size() +
+                           takeLog(QtCriticalMsg, ParcelCategory).size();
+    QCOMPARE(complaints, BinderParcel::MaxComplaints + 1);
+}
+
+void BinderParcelBundleTest::readsNoMillionItemsOfAMillionLists()
+{
+    // Each list promises all that is left of the message, and has an item that cannot be read.
+    QByteArray content = bytes("00000000 424e444c 400d0300");
+    for (int pair = 0; pair < 200000; ++pair) {
+        const int left = (200000 - pair) * 4 - 4;
+        content += bytes("ffffffff 0e000000") +
+                   QByteArray(reinterpret_cast<const char *>(&left), sizeof left) +
+                   bytes("feffffff");
+    }
+    Received message(content);
+
+    const QVariantMap values = message.parcel.readBundle();
+    QCOMPARE(values.size(), 1);
+    takeLog(QtWarningMsg, ParcelCategory);
+    takeLog(QtCriticalMsg, ParcelCategory);
+}
+
+void BinderParcelBundleTest::complainsAFewTimesAboutOneList()
+{
+    QVariantList list;
+    for (int i = 0; i < 1000; ++i)
+        list.append(i);
+
+    QCOMPARE(written([&](BinderParcel &parcel) { parcel.writeValue(list); }),
+             bytes("10000000 e8030000"));
+    QCOMPARE(takeLog(QtCriticalMsg, ParcelCategory).size(), BinderParcel::MaxComplaints);
+    QCOMPARE(takeLog(QtWarningMsg, ParcelCategory).size(), 1);
 }
 
 void BinderParcelBundleTest::acceptsALengthBeyondTheMessage()
