@@ -14,6 +14,7 @@ from gi.repository import GLib
 
 from phone.interactive import run_shell
 from phone.phone import Phone
+from phone.waiting import wait_for
 
 from . import appgrid, care, hostapps, hostfiles, samples
 from .apkfile import ApkFile
@@ -24,8 +25,9 @@ from .use import Use
 HOST_ICONS = Path("/run/demo/icons")
 
 
-def tell(phone, narrator, apks, picture, keep):
-    """The whole story; any claim that does not hold ends it with an exception."""
+def tell(phone, narrator, apks, picture, show_kept=None):
+    """The whole story; any claim that does not hold ends it with an exception. With show_kept(phone)
+    the apps stay, and it is called at the end."""
     hostapps.install(hostfiles.APPLICATIONS, HOST_ICONS)
     subprocess.run(["/usr/bin/update-desktop-database", "-q"], check=True)
     phone.start_daemon()
@@ -40,9 +42,9 @@ def tell(phone, narrator, apks, picture, keep):
     # Of two versions of an app, the later one has replaced the other.
     installed = {journey.apk.package: journey for journey in journeys}.values()
     show_use(phone, narrator, [journey.apk for journey in installed])
-    if keep:
+    if show_kept:
         narrate_end(narrator)
-        run_shell(phone)
+        show_kept(phone)
         return
     for journey in installed:
         journey.remove()
@@ -80,6 +82,9 @@ def show_rest(phone, narrator, before):
     check(phone.runtime.apps() == [], f"the runtime still has {phone.runtime.apps()}")
     narrator.step("runtime", "no app")
 
+    # The desktop database follows last, by a program of its own.
+    wait_for(lambda: not hostfiles.OURS.search(hostfiles.DATABASE.read_text(encoding="utf-8")),
+             f"the end of the handlers in {hostfiles.DATABASE}")
     after = hostfiles.snapshot(hostfiles.HOST)
     changed = [str(path) for path in sorted(before.keys() | after.keys())
                if before.get(path) != after.get(path) and path != hostfiles.SHARING]
@@ -110,7 +115,7 @@ def main(arguments):
     try:
         apks = [ApkFile(path) for path in words[1:]]
         with Phone(services=("notifications", "timedate")) as phone:
-            tell(phone, narrator, apks, Path(words[0]), keep)
+            tell(phone, narrator, apks, Path(words[0]), run_shell if keep else None)
         return 0
     except KeyboardInterrupt:
         narrator.failure("interrupted; the phone is gone, and nothing of it is left")

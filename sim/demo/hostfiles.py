@@ -9,6 +9,7 @@ from pathlib import Path
 from .appgrid import read_entry
 
 APPLICATIONS = Path("/usr/share/applications")
+DATABASE = APPLICATIONS / "mimeinfo.cache"
 STATE = Path("/var/lib/bramd")
 SHARING = STATE / "sharing.json"
 SETTINGS_ENTRIES = Path("/usr/share/corvo-settings/entries")
@@ -18,7 +19,7 @@ HOST = (APPLICATIONS, STATE, SETTINGS_ENTRIES, PARTNER_SPACE)
 DATA_ROOT = Path("/home/.android")
 STAGING = DATA_ROOT / "data/xrs-staging/app/incoming"
 
-OURS = re.compile(r"bramd_(launcher|handler)_.*\.desktop")
+OURS = re.compile(r"bramd_(launcher|handler)_[^;/]*\.desktop")
 
 
 def entries_of(package):
@@ -58,8 +59,9 @@ def settings_entry(entry):
 
 def snapshot(directories):
     """A digest of every file below the directories."""
-    return {path: hashlib.sha256(path.read_bytes()).hexdigest()
-            for path in files_below(directories)}
+    contents = {path: _content(path) for path in files_below(directories)}
+    return {path: hashlib.sha256(content).hexdigest()
+            for path, content in contents.items() if content is not None}
 
 
 def traces(package):
@@ -67,9 +69,17 @@ def traces(package):
     escaped = package.replace("_", "__").replace(".", "_")
     return [path for path in files_below((*HOST, DATA_ROOT)) if path.parent != STAGING
             and (package in str(path) or escaped in str(path)
-                 or package.encode() in path.read_bytes())]
+                 or package.encode() in (_content(path) or b""))]
 
 
 def files_below(directories):
     return [path for directory in directories for path in sorted(directory.rglob("*"))
             if path.is_file()]
+
+
+def _content(path):
+    """None if the file has gone by now, as those do under whose names files are first written."""
+    try:
+        return path.read_bytes()
+    except FileNotFoundError:
+        return None

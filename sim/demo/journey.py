@@ -48,7 +48,7 @@ class Journey:
         if stopped:
             self._show_unit_start(states)
         self._show_installed(notices)
-        self._phone.daemon.log.expect(ANNOUNCED, since=log)
+        self._wait_for_announcement(log)
         self._entries = hostfiles.entries_of(apk.package)
         self._show_desktop_entries()
         self._show_settings_entry()
@@ -74,6 +74,8 @@ class Journey:
                  lambda: f"the end of {hostfiles.traces(package)}")
         self._narrator.step("host", f"desktop entries ({len(self._entries)}), icons and records are "
                                     "gone; no file names it any more")
+        # With this all is logged of the removal, which may take longer than the removal itself.
+        self._phone.daemon.log.expect(ANNOUNCED, since=log)
         self._phone.daemon.log.claim_all(EXPECTED_WARNING, "warning", since=log)
 
     def _call(self, method, argument):
@@ -126,6 +128,19 @@ class Journey:
             if app["package"] == self.apk.package:
                 return app["versionName"]
         return None
+
+    def _wait_for_announcement(self, since):
+        """Until the app's launchers are announced, and then all launchers are complete. A runtime that
+        has just started says that once more before, of the apps that it had."""
+        ours = re.compile(f'Launcher added from umbra: .* \\( "{re.escape(self.apk.package)}" \\)')
+
+        def is_complete():
+            texts = self._phone.daemon.log.texts(since)
+            named = [index for index, text in enumerate(texts) if ours.fullmatch(text)]
+            end = named[-1] if named else 0
+            return len(named) >= len(self.apk.launchers) and ANNOUNCED in texts[end:]
+        wait_for(is_complete, lambda: f"the announcement of {self.apk.package}; logged was:\n"
+                                      f"{self._phone.daemon.log.tail(since)}", 30)
 
     def _show_desktop_entries(self):
         launchers = [path for path in self._entries if not hostfiles.is_handler(path)]
