@@ -44,18 +44,28 @@ INITRAMFS = {
 }
 
 
+# What of a build goes into the machine, and the CMake target that makes it.
+PROGRAMS = ("sim/bramd-sim-runtime-kernel", "tests/sim/tst_driver_kernel",
+            "tests/sim/tst_library_kernel", "tests/sim/library_peer_kernel")
+TARGET = "bramd_machine"
+
+
 class Unable(Exception):
     """The image cannot be made on this machine."""
 
 
 class Image:
-    """The newest disk, with kernel and initial file system beside it."""
+    """The newest disk, with kernel and initial file system beside it. One process at a time makes
+    it."""
 
     def __init__(self, build_directory, say):
         """build_directory is a complete build; say() tells a person what takes time."""
         self._build = Path(build_directory)
         self._say = say
-        CACHE.mkdir(parents=True, exist_ok=True)
+        self._apks = sorted((self._build / "sim/apks").glob("*.apk"))
+        if not self._apks or not all((self._build / name).is_file() for name in PROGRAMS):
+            raise Unable(f"{self._build} is no complete build: build the target {TARGET} there")
+        _remove_leftovers()
         base = self._base()
         self.kernel, self.initrd = (self._of_boot(base, name) for name in ("vmlinuz", "initrd.img"))
         self.disk = self._disk(base)
@@ -102,12 +112,11 @@ class Image:
                             ignore=shutil.ignore_patterns("__pycache__", "*.pyc"))
         shutil.copy(SOURCE / "sim/drawing.py", home / "sim/drawing.py")
         shutil.copy(HERE / "set-up", home / "set-up")
-        for name in ("sim/bramd-sim-runtime-kernel", "tests/sim/tst_driver_kernel",
-                     "tests/sim/tst_library_kernel", "tests/sim/library_peer_kernel"):
+        for name in PROGRAMS:
             target = home / "build" / name
             target.parent.mkdir(parents=True, exist_ok=True)
             subprocess.run(["strip", "-o", target, self._build / name], check=True)
-        for apk in (self._build / "sim/apks").glob("*.apk"):
+        for apk in self._apks:
             target = home / "build/sim/apks" / apk.name
             target.parent.mkdir(parents=True, exist_ok=True)
             shutil.copy(apk, target)
@@ -139,6 +148,16 @@ class Image:
         for old in CACHE.glob(f"{kind}-*{target.suffix}"):
             old.unlink()
         part.rename(target)
+
+
+def _remove_leftovers():
+    """What a process left that was killed while it made something here; what root made goes with
+    the next disk."""
+    for path in CACHE.glob("*.part*"):
+        if path.is_file():
+            path.unlink()
+    for path in CACHE.glob("layer-*"):
+        shutil.rmtree(path)
 
 
 def _as_root():

@@ -42,7 +42,7 @@ class Machine:
         ]
         self._process = subprocess.Popen(  # pylint: disable=consider-using-with
             [os.fspath(word) for word in command], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-            stderr=subprocess.STDOUT, start_new_session=True)
+            stderr=subprocess.STDOUT, start_new_session=True, bufsize=0)
 
     def __enter__(self):
         return self
@@ -51,9 +51,12 @@ class Machine:
         self.stop()
 
     def tell(self, line):
-        """Sends one line to the guest's port "results"."""
-        self._process.stdin.write(line.encode() + b"\n")
-        self._process.stdin.flush()
+        """Sends one line to the guest's port "results". If qemu has ended already, lines() has what it
+        said."""
+        try:
+            self._process.stdin.write(line.encode() + b"\n")
+        except BrokenPipeError:
+            pass
 
     def lines(self, deadline):
         """What the guest writes there, line by line, until it powers off. Raises TimeoutError at
