@@ -1,4 +1,6 @@
-"""The story of ./demo, told by the machine."""
+"""usage: python3 -m realdemo [--keep]
+
+The story of ./demo, told by the machine. With --keep the app stays."""
 
 import os
 import sys
@@ -15,13 +17,15 @@ from realphone import RealPhone
 APKS = Path(os.environ["BRAMD_BUILD_DIR"]) / "sim" / "apks"
 
 
-def main():
+def main(arguments):
     narrator = Narrator()
-    phone = RealPhone()
+    phone = RealPhone(whole_log=False)
+    show_kept = (lambda _phone: None) if arguments == ["--keep"] else None
     try:
         phone.log_in()
         phone.enter_session()
-        tell(phone, narrator, [ApkFile(APKS / "papertrail.apk")], Path("/run/appgrid.png"), False)
+        tell(phone, narrator, [ApkFile(APKS / "papertrail.apk")], Path("/run/appgrid.png"),
+             show_kept)
         return 0
     except (Failure, AssertionError, GLib.Error, OSError) as error:
         narrator.failure(str(error))
@@ -32,4 +36,4 @@ def main():
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(main(sys.argv[1:]))

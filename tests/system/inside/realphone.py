@@ -61,10 +61,16 @@ def _system_bus():
     return BusConnection("system", SYSTEM_BUS)
 
 
-def as_user(user, *words, **arguments):
-    """Runs a command as that user, in groups and environment of a fresh login."""
-    return run("setpriv", f"--reuid={user}", f"--regid={user}", "--init-groups", "--reset-env",
+def as_user(user, *words, group=None, **arguments):
+    """Runs a command as that user, in groups and environment of a fresh login, or with another primary
+    group."""
+    return run("setpriv", f"--reuid={user}", f"--regid={group or user}", "--init-groups", "--reset-env",
                "--", *words, **arguments)
+
+
+def _end_of_journal():
+    shown = run("journalctl", "--lines=1", "--show-cursor", "--quiet").stdout
+    return shown.rpartition("-- cursor: ")[2].strip()
 
 
 class DaemonUnit:
@@ -88,7 +94,8 @@ class TimeDate:
 class RealPhone:
     """The attributes are those of sim/phone's Phone."""
 
-    def __init__(self, sdk=28):
+    def __init__(self, sdk=28, whole_log=True):
+        """The daemon's log is that of the whole boot, or begins here."""
         self.system_bus = BusConnection("system", SYSTEM_BUS)
         self.bramd = self.system_bus.object(SERVICE, OBJECT, INTERFACE)
         self.session_bus = self.notifications = None
@@ -97,7 +104,7 @@ class RealPhone:
         self.runtime = Runtime(os.environ["BRAMD_BUILD_DIR"], sdk)
         self._log_reader = Process("bramd-log", [
             "/bin/journalctl", "--follow", "--lines=all", "--output=cat", "--boot", "--unit",
-            DAEMON_UNIT])
+            DAEMON_UNIT, *([] if whole_log else [f"--after-cursor={_end_of_journal()}"])])
         self.daemon = DaemonUnit(DaemonLog(self._log_reader.output_path))
 
     def log_in(self):

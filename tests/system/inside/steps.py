@@ -20,16 +20,17 @@ def download(name, directory=DOWNLOADS):
     return target
 
 
-def call(method, argument, user=USER):
-    """Calls com.corvo.bramd as that user's programs do; returns the finished busctl."""
+def call(method, argument, user=USER, group=None):
+    """Calls com.corvo.bramd as that user's programs do, those of the group if one is given; returns
+    the finished busctl."""
     words = ["busctl", "--system", "--timeout=60", "call", "com.corvo.bramd", "/com/corvo/bramd",
              "com.corvo.bramd", method, "s", argument]
-    return as_user(user, *words, check=False)
+    return as_user(user, *words, group=group, check=False)
 
 
-def request(method, argument, user=USER):
+def request(method, argument, user=USER, group=None):
     """The boolean that the daemon answers."""
-    done = call(method, argument, user)
+    done = call(method, argument, user, group)
     assert done.stdout in ("b true\n", "b false\n"), done.stdout + done.stderr
     return done.stdout == "b true\n"
 

@@ -13,7 +13,7 @@ from parcels import ADD_LAUNCHER, COMPLETE, launcher
 from phone.waiting import wait_for
 
 from realphone import DAEMON_UNIT, PATIENCE_S, USER, run, show
-from steps import (download, install, request, start_runtime, wait_for_entries,
+from steps import (ANNOUNCED, download, install, request, start_runtime, wait_for_entries,
                    wait_until_connected)
 
 PAPERTRAIL = "org.example.papertrail"
@@ -47,6 +47,7 @@ def test_an_install_starts_the_runtime_and_brings_the_app_to_the_host(phone):
 def test_an_app_is_launched_and_shared_with(phone):
     start_runtime(phone)
     install(phone, "weather")
+    wait_for_entries(1)
     phone.runtime.forget()
     phone.bramd.call("launchApp", "s", WEATHER)
     wait_for(lambda: launched_packages(phone) == [WEATHER], "the launch", PATIENCE_S)
@@ -103,6 +104,12 @@ def test_three_hundred_apps_are_announced(phone):
     wait_for(lambda: not traces(), lambda: f"the end of {len(traces())} files", PATIENCE_S)
 
 
+def is_removed(texts):
+    """Whether these log lines tell of the removal and of its end."""
+    begin = f'onRemovePackage: "{PAPERTRAIL}"'
+    return begin in texts and ANNOUNCED in texts[texts.index(begin):]
+
+
 @pytest.mark.parametrize("directory", [INCOMING, ICONS])
 def test_a_full_disk_spoils_nothing_that_was_there(phone, directory):
     """The directory is a small file system of its own, with a little less room than is needed."""
@@ -115,8 +122,15 @@ def test_a_full_disk_spoils_nothing_that_was_there(phone, directory):
             assert request("installFile", download("papertrail"))
             phone.daemon.log.expect(re.compile('Unable to write icon: .*'), timeout=PATIENCE_S)
             wait_for_entries(5)
-            assert request("removeFile", "org.example.papertrail")
-            wait_for(lambda: not entries(), "the end of the entries", PATIENCE_S)
+            since = phone.daemon.log.mark()
+            assert request("removeFile", PAPERTRAIL)
+            wait_for(lambda: is_removed(phone.daemon.log.texts(since)), "the end of the app",
+                     PATIENCE_S)
+            assert not entries()
+            # Each file that had no room is told of, when it is to be written and when it is to go.
+            for text in ("Unable to write icon: .*", "Unable to write sharing file",
+                         f'Could not remove: "{ICONS}/.*\\.png"'):
+                phone.daemon.log.claim_all(re.compile(text), "warning")
         else:
             assert not request("installFile", download("papertrail"))
             phone.daemon.log.expect(re.compile("Could not copy incoming file: .*"))

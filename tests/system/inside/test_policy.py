@@ -60,6 +60,14 @@ def test_a_child_may_neither_install_nor_remove(phone, parental_controls):
     assert notice["hints"]["image-path"] == "icon-lock-warning"
     assert not request("removeFile", "org.example.weather")
     assert traces() == before
+    phone.daemon.log.expect("APK installation prohibited", "critical")
+    # Whom the policy does not bind is known by the owner and the group of the caller's directory in
+    # /proc, which the daemon has to be able to see.
+    assert request("removeFile", NOTHING, "root")
+    assert request("removeFile", NOTHING, group="disk")
+    assert not request("removeFile", NOTHING)
+    for _request in range(2):
+        phone.daemon.log.expect("APK uninstallation prohibited", "critical")
     parental_controls("--allow-user-installation")
     assert request("removeFile", "org.example.weather")
     wait_for(lambda: not traces(), "the end of the app", PATIENCE_S)

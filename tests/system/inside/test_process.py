@@ -2,11 +2,13 @@
 
 import subprocess
 
+from hostfiles import entries
+from launches import launched_packages
 from phone.daemon import SERVICE
 from phone.waiting import wait_for
 
 from realphone import DAEMON_UNIT, PATIENCE_S, USER, as_user, run, show, systemctl
-from steps import install, start_runtime, wait_until_connected
+from steps import install, start_runtime, wait_for_entries, wait_until_connected
 
 PROGRAM = "/usr/sbin/bramd"
 
@@ -51,9 +53,14 @@ def test_it_is_not_started_again_when_it_is_not_root(phone):
 def test_after_a_crash_it_is_started_again_and_serves_as_before(phone):
     start_runtime(phone)
     install(phone, "weather")
+    wait_for_entries(1)
+    before = entries()
+    phone.runtime.forget()
     pid, since = phone.daemon.pid, phone.daemon.log.mark()
     systemctl("kill", "--signal=KILL", DAEMON_UNIT)
     wait_for(lambda: phone.daemon.pid not in (0, pid), "another process", PATIENCE_S)
     phone.wait_until_served()
     wait_until_connected(phone, since)
-    assert [app["package"] for app in phone.runtime.apps()] == ["org.example.weather"]
+    assert entries() == before
+    phone.bramd.call("launchApp", "s", "org.example.weather")
+    wait_for(lambda: launched_packages(phone) == ["org.example.weather"], "the launch", PATIENCE_S)

@@ -6,10 +6,18 @@ from pathlib import Path
 
 from phone.runtime import IMAGE
 
-from realphone import SESSION_BUS, USER, USER_ID, run
+from realphone import DAEMON_UNIT, SESSION_BUS, USER, USER_ID, run, systemctl
 from steps import download, install, request, start_runtime, wait_for_entries
 
+# Where the daemon has to write, and where it has nothing to write.
+WRITABLE = ("/usr/share/applications", "/usr/share/bramd/partnerspace",
+            "/usr/share/corvo-settings/entries", "/var/lib/bramd", "/home/.android")
+NOT_WRITABLE = ("/", "/etc", "/etc/bramd", "/home", f"/home/{USER}", "/opt/umbra", "/root", "/run",
+                "/run/lock", "/run/systemd/system", "/tmp", "/usr", "/usr/share/corvo-settings",
+                "/var/lib", "/var/lib/dpkg", "/var/tmp")
+
 CARD = Path("/run/media") / USER / "card"
+PROBE = Path(__file__).with_name("probe.py")
 INVOKER = Path("/usr/bin/invoker")
 INVOKER_SOCKET = Path("/run/phone/invoker.socket")
 
@@ -29,6 +37,50 @@ def test_the_daemon_is_in_the_sandbox(phone):
                   in Path(f"/proc/{phone.daemon.pid}/status").read_text("ascii").splitlines())
     assert status["Seccomp"].strip() == "2"
     assert int(status["CapBnd"], 16) == 1 << 0 | 1 << 1 | 1 << 3 | 1 << 7
+    # /usr/bin/invoker may be set-group-id.
+    assert status["NoNewPrivs"].strip() == "0"
+
+
+def test_the_daemon_writes_only_where_it_must(phone):
+    mounts = [line.split() for line
+              in Path(f"/proc/{phone.daemon.pid}/mountinfo").read_text("utf-8").splitlines()]
+
+    def is_writable(path):
+        """By the mount that it is in; of several at one place the last is seen."""
+        found = [fields for fields in mounts if Path(path).is_relative_to(fields[4])]
+        deepest = max(len(fields[4]) for fields in found)
+        return "rw" in [fields for fields in found if len(fields[4]) == deepest][-1][5].split(",")
+    assert [path for path in WRITABLE if not is_writable(path)] == []
+    assert [path for path in NOT_WRITABLE if is_writable(path)] == []
+
+
+def test_another_program_in_the_sandbox_is_kept_there(phone):
+    """It tries what the daemon does not."""
+    assert phone.daemon.pid
+    report = Path("/run/probe.json")
+    unit = Path("/run/systemd/system/probe.service")
+    shipped = Path(f"/lib/systemd/system/{DAEMON_UNIT}").read_text("utf-8").splitlines()
+    replaced = ("Type=", "BusName=", "Exec", "Restart")
+    unit.write_text("\n".join([*(line for line in shipped if not line.startswith(replaced)),
+                               "[Service]", "Type=oneshot", f"StandardOutput=truncate:{report}",
+                               f"ExecStart=/usr/bin/python3 -IS {PROBE}"]), encoding="utf-8")
+    try:
+        systemctl("start", unit.name)
+        assert json.loads(report.read_text("utf-8")) == {
+            "a local socket": "done",
+            "an internet socket": "EAFNOSUPPORT",
+            "a netlink socket": "EAFNOSUPPORT",
+            "the runtime's device": "done",
+            "another device": "EPERM",
+            "a file in /etc": "EROFS",
+            "a file in a home": "EROFS",
+            "a unit of systemd's": "EROFS",
+            "a desktop entry": "done",
+            "another time": "EPERM",
+            "another root": "EPERM",
+        }
+    finally:
+        unit.unlink()
 
 
 def test_an_app_is_installed_from_tmp(phone):
@@ -66,6 +118,7 @@ def test_the_runtime_is_offered_by_a_program_of_the_users(phone):
         finally:
             INVOKER.unlink()
             phone.runtime.install()
+    phone.daemon.log.expect("QRT is not installed, offering installation", "warning")
     assert report == {"arguments": ["--type=quartz-qt5", "--no-wait", "/usr/bin/store-client",
                                     "showApp", "umbravm"],
                       "users": [USER_ID] * 3, "bus": SESSION_BUS}
