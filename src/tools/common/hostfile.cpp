@@ -51,11 +51,8 @@ Outcome notSeenByRuntime(const QString &path)
 
 Outcome checkForApps(const Location &location)
 {
-    if (!location.isFile)
-        return {};
-    if (!QFileInfo::exists(location.address))
-        return missing(location.address);
-    return isSeenByRuntime(location.address) ? Outcome() : notSeenByRuntime(location.address);
+    const bool isThere = !location.isFile || QFileInfo::exists(location.address);
+    return isThere ? Outcome() : missing(location.address);
 }
 
 Outcome checkForReading(const Location &location)

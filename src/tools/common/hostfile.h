@@ -19,7 +19,8 @@ bool isSeenByRuntime(const QString &path, const QString &home = homeOfUser());
 Outcome missing(const QString &path);
 Outcome notSeenByRuntime(const QString &path);
 
-/// Done when an app can open this: a URL, or a file that is there and that the runtime sees.
+/// Done when this can be handed to an app: a URL, or a file that is there, wherever on the host.
+/// Some devices let their runtime see more than others do, and the app says what it cannot open.
 Outcome checkForApps(const Location &location);
 
 /// Done when this is a regular file that can be read, wherever on the host.

@@ -53,7 +53,6 @@ private Q_SLOTS:
     void after_a_failure_nothing_more_is_asked();
     void of_several_none_is_opened_after_a_failure();
     void a_file_that_is_not_there_is_told_of_before_anything_is_asked();
-    void a_file_that_the_runtime_does_not_see_is_told_of();
 
 private:
     QDBusConnection client() const { return QDBusConnection(Client); }
@@ -196,18 +195,6 @@ void TestLauncher::a_file_that_is_not_there_is_told_of_before_anything_is_asked(
         request({QStringLiteral("https://example.org/a"), QStringLiteral("/no/file.pdf")}));
 
     QVERIFY2(outcome == HostFile::missing(QStringLiteral("/no/file.pdf")),
-             qPrintable(outcome.sentence));
-    QCOMPARE(daemon.calls(), QStringList());
-}
-
-void TestLauncher::a_file_that_the_runtime_does_not_see_is_told_of()
-{
-    FakeDaemon daemon({{}, {}, false});
-    QVERIFY(daemon.serve(address()));
-
-    const Outcome outcome = Launcher(client()).launch(request({QStringLiteral("/etc/passwd")}));
-
-    QVERIFY2(outcome == HostFile::notSeenByRuntime(QStringLiteral("/etc/passwd")),
              qPrintable(outcome.sentence));
     QCOMPARE(daemon.calls(), QStringList());
 }
