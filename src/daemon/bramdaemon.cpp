@@ -6,6 +6,7 @@
 #include "daemon/intents.h"
 #include "daemon/notices.h"
 #include "daemon/packageform.h"
+#include "daemon/runtimedirectory.h"
 #include "daemon/runtimeoffer.h"
 #include "daemon/sharerequest.h"
 #include "daemon/windowwait.h"
@@ -16,7 +17,6 @@
 
 #include <QDBusConnection>
 #include <QDBusMetaType>
-#include <QDir>
 #include <QFileInfo>
 #include <QThread>
 
@@ -28,7 +28,8 @@ BramDaemon::BramDaemon(const DaemonConfig *config, QObject *parent)
     , m_serviceController(ServiceController::instance())
     , m_config(config)
     , m_callerCheck(&m_devicePolicy)
-    , m_staging(config->path(DaemonConfig::StagingIncomingDir))
+    , m_staging(config->path(DaemonConfig::DataRoot),
+                config->path(DaemonConfig::StagingIncomingDir))
 {
     qDBusRegisterMetaType<AppSizeInfo>();
     qDBusRegisterMetaType<AndroidVersionData>();
@@ -62,7 +63,8 @@ void BramDaemon::connectSignals()
 
 void BramDaemon::prepareStaging()
 {
-    QDir().mkpath(m_config->path(DaemonConfig::StagingPackagedDir));
+    RuntimeDirectory::make(m_config->path(DaemonConfig::DataRoot),
+                           m_config->path(DaemonConfig::StagingPackagedDir));
     m_staging.prepare();
     m_staging.removeLeftovers();
 }

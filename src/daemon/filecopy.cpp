@@ -2,35 +2,19 @@
 
 #include "daemon/filedescriptor.h"
 
-#include <QFile>
+#include <QtGlobal>
 
 #include <cerrno>
-#include <fcntl.h>
 #include <sys/sendfile.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
+#include <unistd.h>
 
 namespace {
 
-FileDescriptor openRegularFile(const QByteArray &path)
-{
-    // O_PATH finds the file without opening it: to open a FIFO blocks or wakes its writer, and to
-    // open a device can make it act.
-    const FileDescriptor found(::open(path.constData(), O_PATH | O_CLOEXEC));
-    struct stat status
-    {
-    };
-    if (!found.isOpen() || ::fstat(found.get(), &status) != 0)
-        return FileDescriptor();
-    if (!S_ISREG(status.st_mode)) {
-        errno = EINVAL;
-        return FileDescriptor();
-    }
-    // Opens the file that was looked at, whatever has its name by now. Not blocking, because some
-    // files of the kernel look regular and still wait for data.
-    const QByteArray same = "/proc/self/fd/" + QByteArray::number(found.get());
-    return FileDescriptor(::open(same.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-}
+/// An APK is a ZIP archive of the kind that tells sizes and places in 32 bits; the runtime reads no
+/// other. What is larger has nothing to do with an app, and a sparse file costs nothing to make.
+constexpr qint64 maxApkBytes = Q_INT64_C(0xffffffff);
 
 /// Asked beforehand, so that a file that does not fit does not fill the disk first. (To reserve the
 /// space would do just that: a reservation that fails may keep what it has got so far.)
@@ -60,17 +44,18 @@ ssize_t copySome(const FileDescriptor &from, const FileDescriptor &to, size_t si
 
 } // namespace
 
-bool copyRegularFile(const QString &source, const QString &destination)
+bool copyContent(const FileDescriptor &from, const FileDescriptor &to)
 {
-    const FileDescriptor from = openRegularFile(QFile::encodeName(source));
-    if (!from.isOpen())
-        return false;
-    const FileDescriptor to(::open(QFile::encodeName(destination).constData(),
-                                   O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
     struct stat status
     {
     };
-    if (!to.isOpen() || ::fstat(from.get(), &status) != 0 || !hasRoom(to, status.st_size))
+    if (::fstat(from.get(), &status) != 0)
+        return false;
+    if (status.st_size > maxApkBytes) {
+        errno = EFBIG;
+        return false;
+    }
+    if (!hasRoom(to, status.st_size))
         return false;
 
     // As many bytes as there were at the start, so that a file that keeps growing comes to an end.

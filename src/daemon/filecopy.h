@@ -1,10 +1,10 @@
 #pragma once
 
-class QString;
+class FileDescriptor;
 
-/// Copies the content of a regular file (or one that a symbolic link leads to) into a new file,
-/// readable by its owner only. Anything else as the source, such as a FIFO, a device or a
-/// directory, is refused without being opened. A file larger than the space left
-/// on the disk is refused too, so that it does not fill it. False on failure, with errno telling
-/// why; part of the copy may then exist. Blocks until it is done.
-bool copyRegularFile(const QString &source, const QString &destination);
+/// Copies the content of one open file into another one, which is empty. A file that is larger than
+/// any APK can be, or than the space left on the disk, is refused, so that it neither fills the
+/// disk nor holds up the daemon. One that grows meanwhile is copied as far as it went at the start.
+/// False on failure, with errno telling why; part of the copy may then exist. Blocks until it is
+/// done.
+bool copyContent(const FileDescriptor &from, const FileDescriptor &to);

@@ -18,6 +18,11 @@ public:
     }
     FileDescriptor(const FileDescriptor &) = delete;
     FileDescriptor &operator=(const FileDescriptor &) = delete;
+    FileDescriptor &operator=(FileDescriptor &&other) noexcept
+    {
+        std::swap(m_descriptor, other.m_descriptor); // which closes what was here
+        return *this;
+    }
     ~FileDescriptor()
     {
         if (isOpen())

@@ -2,13 +2,13 @@
 
 #include "daemon/filecopy.h"
 #include "daemon/packageform.h"
+#include "daemon/runtimedirectory.h"
+#include "daemon/sourcefile.h"
 #include "platform/host/logging.h"
 
-#include <QDir>
-#include <QFileInfo>
+#include <QFile>
 
 #include <cerrno>
-#include <cstdio>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -19,53 +19,57 @@ constexpr gid_t rootGroup = 0;
 constexpr mode_t directoryMode = 0755;
 constexpr mode_t fileMode = 0644;
 
-bool isInTheWay(const QString &path)
+const QString temporarySuffix = QStringLiteral(".tmp");
+
+/// Whether a file may be staged under this name. Two names stand for a directory; joined to the
+/// staging directory they would lead elsewhere. And an "a.apk.tmp" that was accepted would have to
+/// make way for the temporary copy of an "a.apk" that comes later. (A name that leaves no room for
+/// the suffix in the 255 bytes that file systems allow cannot be copied, and that is said then.)
+bool canBeStaged(const QString &name)
 {
-    const QFileInfo file(path);
-    return file.exists() || file.isSymLink(); // a link that leads nowhere does not exist
+    return name != QLatin1String(".") && name != QLatin1String("..") &&
+           !name.endsWith(temporarySuffix);
 }
 
-/// Names that stand for a directory; joined to the staging directory they would lead elsewhere.
-bool isNoFileName(const QString &name)
+/// Returns the copy. On failure it is not open, and nothing is left of it.
+FileDescriptor copy(const FileDescriptor &source, const RuntimeDirectory &directory,
+                    const QByteArray &name)
 {
-    return name.isEmpty() || name == QLatin1String(".") || name == QLatin1String("..");
-}
-
-bool setMode(const QString &path, mode_t mode)
-{
-    return ::chmod(QFile::encodeName(path).constData(), mode) == 0;
-}
-
-bool setOwner(const QString &path, uid_t user, gid_t group)
-{
-    return ::chown(QFile::encodeName(path).constData(), user, group) == 0;
+    FileDescriptor target = source.isOpen() ? directory.create(name) : FileDescriptor();
+    if (target.isOpen() && copyContent(source, target))
+        return target;
+    directory.remove(name);
+    return FileDescriptor();
 }
 
 } // namespace
 
-PackageStaging::PackageStaging(const QString &directory)
-    : m_directory(directory)
+PackageStaging::PackageStaging(const QString &root, const QString &directory)
+    : m_root(root)
+    , m_directory(directory)
 {
 }
 
 void PackageStaging::prepare() const
 {
-    if (!QFileInfo::exists(m_directory) && !QDir().mkpath(m_directory))
+    const RuntimeDirectory directory = RuntimeDirectory::make(m_root, m_directory);
+    if (!directory.isOpen())
         qCWarning(daemonLog) << "Cannot create incoming apk directory:" << m_directory;
-    if (!setOwner(m_directory, rootUser, rootGroup))
+    if (!directory.setOwner(rootUser, rootGroup))
         qCWarning(daemonLog) << "Cannot set ownership of directory:" << m_directory;
-    if (!setMode(m_directory, directoryMode))
+    if (!directory.setMode(directoryMode))
         qCWarning(daemonLog) << "Cannot set permission of directory:" << m_directory;
 }
 
 void PackageStaging::removeLeftovers() const
 {
-    const QFileInfoList files =
-        QDir(m_directory).entryInfoList(QDir::Files | QDir::Hidden, QDir::Unsorted);
-    for (const QFileInfo &file : files) {
-        qCDebug(daemonLog) << "Removing old incoming file:" << file.filePath();
-        if (!QFile::remove(file.filePath()))
-            qCWarning(daemonLog) << "Could not remove file::" << file.filePath();
+    const RuntimeDirectory directory = RuntimeDirectory::open(m_root, m_directory);
+    const QVector<QByteArray> names = directory.files();
+    for (const QByteArray &name : names) {
+        const QString path = m_directory + QFile::decodeName(name);
+        qCDebug(daemonLog) << "Removing old incoming file:" << path;
+        if (!directory.remove(name))
+            qCWarning(daemonLog) << "Could not remove file::" << path;
     }
 }
 
@@ -73,35 +77,38 @@ QString PackageStaging::stage(const QString &source) const
 {
     const QString name = fileName(source);
     QString staged = m_directory + name;
-    const QString temporary = staged + QStringLiteral(".tmp");
-    const bool mayBeStaged = !isNoFileName(name);
+    const QString temporary = staged + temporarySuffix;
+    const QByteArray stagedName = QFile::encodeName(name);
+    const QByteArray temporaryName = QFile::encodeName(name + temporarySuffix);
+    const RuntimeDirectory directory = RuntimeDirectory::open(m_root, m_directory);
+    const bool stageable = canBeStaged(name);
 
-    if (mayBeStaged && isInTheWay(staged)) {
+    if (stageable && directory.contains(stagedName)) {
         qCWarning(daemonLog) << "File already exists in incoming folder:" << staged;
-        QFile::remove(staged);
+        directory.remove(stagedName);
     }
-    if (mayBeStaged && isInTheWay(temporary)) {
+    if (stageable && directory.contains(temporaryName)) {
         qCWarning(daemonLog) << "Tmp file already exists in incoming folder:" << temporary;
-        QFile::remove(temporary);
+        directory.remove(temporaryName);
     }
-    if (!mayBeStaged || !copyRegularFile(source, temporary)) {
-        if (mayBeStaged)
-            QFile::remove(temporary);
+    const FileDescriptor file =
+        stageable ? copy(SourceFile::open(source), directory, temporaryName) : FileDescriptor();
+    if (!file.isOpen()) {
         qCCritical(daemonLog) << "Could not copy incoming file:" << source << "->" << temporary;
         return QString();
     }
-    if (std::rename(QFile::encodeName(temporary).constData(),
-                    QFile::encodeName(staged).constData()) != 0) {
-        QFile::remove(staged);
+    if (!directory.rename(temporaryName, stagedName)) {
+        directory.remove(stagedName);
+        directory.remove(temporaryName);
         qCCritical(daemonLog) << "Could not rename file:" << temporary << "->" << staged;
         return QString();
     }
-    if (!setMode(staged, fileMode)) {
+    if (::fchmod(file.get(), fileMode) != 0) {
         const QString reason = qt_error_string(errno);
         qCCritical(daemonLog) << "Cannot change permissions:" << staged << "(" << reason << ")";
         return QString();
     }
-    if (!setOwner(staged, rootUser, rootGroup)) {
+    if (::fchown(file.get(), rootUser, rootGroup) != 0) {
         const QString reason = qt_error_string(errno);
         qCCritical(daemonLog) << "Cannot change ownership:" << staged << "(" << reason << ")";
         return QString();

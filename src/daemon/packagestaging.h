@@ -3,12 +3,13 @@
 #include <QString>
 
 /// The directory through which APK files reach the runtime's package manager: the runtime sees
-/// it, and only root may write there.
+/// it, and only root may write there. The runtime's root may write there too, and so everything is
+/// done by DirectoryWalk: what is planted there leads nowhere else.
 class PackageStaging
 {
 public:
-    /// `directory` ends in "/".
-    explicit PackageStaging(const QString &directory);
+    /// `directory` begins with `root`, the data root, and ends in "/".
+    PackageStaging(const QString &root, const QString &directory);
 
     /// Creates the directory if need be and makes it root's, mode 0755. Each failure is a
     /// warning; it does not keep anyone from trying to go on.
@@ -23,5 +24,6 @@ public:
     QString stage(const QString &source) const;
 
 private:
+    QString m_root;
     QString m_directory;
 };

@@ -1,4 +1,7 @@
 #include "daemon/filecopy.h"
+#include "daemon/filedescriptor.h"
+#include "support/hostfiles.h"
+#include "support/systemcalls.h"
 #include "support/testcase.h"
 
 #include <QFile>
@@ -6,8 +9,32 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <fcntl.h>
+#include <functional>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
+
+using HostFiles::read;
+using HostFiles::write;
+
+using Change = std::function<void(const QString &source)>;
+Q_DECLARE_METATYPE(Change)
+
+namespace {
+
+FileDescriptor openFile(const QString &path, int flags)
+{
+    return FileDescriptor(::open(QFile::encodeName(path).constData(), flags | O_CLOEXEC, 0600));
+}
+
+bool copy(const QString &source, const QString &destination)
+{
+    return copyContent(openFile(source, O_RDONLY),
+                       openFile(destination, O_WRONLY | O_CREAT | O_EXCL));
+}
+
+} // namespace
 
 class TestFileCopy : public TestCase
 {
@@ -17,19 +44,16 @@ private Q_SLOTS:
     void init();
     void content_is_copied_data();
     void content_is_copied();
-    void a_link_to_a_file_is_followed();
     void a_sparse_file_is_copied_whole();
-    void only_regular_files_are_copied_data();
-    void only_regular_files_are_copied();
-    void an_existing_destination_is_left_alone();
-    void a_link_at_the_destination_is_not_followed();
+    void a_file_larger_than_any_apk_is_refused_before_it_fills_the_disk_data();
+    void a_file_larger_than_any_apk_is_refused_before_it_fills_the_disk();
     void a_file_larger_than_the_disk_is_refused_before_it_fills_it();
-    void a_missing_destination_directory_fails();
+    void a_change_meanwhile_data();
+    void a_change_meanwhile();
+    void files_that_are_not_open_are_a_failure();
 
 private:
     QString path(const char *name) const { return m_directory->filePath(QLatin1String(name)); }
-    void write(const QString &file, const QByteArray &content) const;
-    static QByteArray read(const QString &file);
 
     QScopedPointer<QTemporaryDir> m_directory;
 };
@@ -38,19 +62,6 @@ void TestFileCopy::init()
 {
     TestCase::init();
     m_directory.reset(new QTemporaryDir);
-}
-
-void TestFileCopy::write(const QString &file, const QByteArray &content) const
-{
-    QFile opened(file);
-    QVERIFY(opened.open(QIODevice::WriteOnly));
-    QCOMPARE(opened.write(content), content.size());
-}
-
-QByteArray TestFileCopy::read(const QString &file)
-{
-    QFile opened(file);
-    return opened.open(QIODevice::ReadOnly) ? opened.readAll() : QByteArray("(cannot be read)");
 }
 
 void TestFileCopy::content_is_copied_data()
@@ -67,20 +78,9 @@ void TestFileCopy::content_is_copied()
     QFETCH(QByteArray, content);
     write(path("source"), content);
 
-    QVERIFY(copyRegularFile(path("source"), path("copy")));
+    QVERIFY(copy(path("source"), path("copy")));
 
     QCOMPARE(read(path("copy")), content);
-}
-
-void TestFileCopy::a_link_to_a_file_is_followed()
-{
-    write(path("source"), "content");
-    QVERIFY(QFile::link(path("source"), path("link")));
-
-    QVERIFY(copyRegularFile(path("link"), path("copy")));
-
-    QVERIFY(!QFileInfo(path("copy")).isSymLink());
-    QCOMPARE(read(path("copy")), QByteArray("content"));
 }
 
 void TestFileCopy::a_sparse_file_is_copied_whole()
@@ -88,70 +88,86 @@ void TestFileCopy::a_sparse_file_is_copied_whole()
     write(path("source"), "begin");
     QVERIFY(QFile::resize(path("source"), 1 << 20));
 
-    QVERIFY(copyRegularFile(path("source"), path("copy")));
+    QVERIFY(copy(path("source"), path("copy")));
 
     QCOMPARE(read(path("copy")), read(path("source")));
 }
 
-void TestFileCopy::only_regular_files_are_copied_data()
+void TestFileCopy::a_file_larger_than_any_apk_is_refused_before_it_fills_the_disk_data()
 {
-    QTest::addColumn<QString>("source");
+    QTest::addColumn<qint64>("size");
 
-    QTest::newRow("FIFO, which would block") << QStringLiteral("fifo");
-    QTest::newRow("link to a FIFO") << QStringLiteral("link-to-fifo");
-    QTest::newRow("directory") << QStringLiteral(".");
-    QTest::newRow("link to a device") << QStringLiteral("link-to-device");
-    QTest::newRow("nothing") << QStringLiteral("missing");
-    QTest::newRow("link to nothing") << QStringLiteral("link-to-nothing");
+    QTest::newRow("a byte more than 32 bits tell") << (Q_INT64_C(1) << 32);
+    QTest::newRow("a terabyte, of which nothing is stored") << (Q_INT64_C(1) << 40);
 }
 
-void TestFileCopy::only_regular_files_are_copied()
+void TestFileCopy::a_file_larger_than_any_apk_is_refused_before_it_fills_the_disk()
 {
-    QFETCH(QString, source);
-    QCOMPARE(::mkfifo(QFile::encodeName(path("fifo")).constData(), 0600), 0);
-    QVERIFY(QFile::link(path("fifo"), path("link-to-fifo")));
-    QVERIFY(QFile::link(QStringLiteral("/dev/zero"), path("link-to-device")));
-    QVERIFY(QFile::link(path("missing"), path("link-to-nothing")));
+    QFETCH(qint64, size);
+    write(path("source"), "begin");
+    QVERIFY(QFile::resize(path("source"), size));
 
-    QVERIFY(!copyRegularFile(m_directory->filePath(source), path("copy")));
+    QVERIFY(!copy(path("source"), path("copy")));
 
-    QVERIFY(!QFile::exists(path("copy")));
-}
-
-void TestFileCopy::an_existing_destination_is_left_alone()
-{
-    write(path("source"), "new");
-    write(path("copy"), "old");
-
-    QVERIFY(!copyRegularFile(path("source"), path("copy")));
-
-    QCOMPARE(read(path("copy")), QByteArray("old"));
-}
-
-void TestFileCopy::a_link_at_the_destination_is_not_followed()
-{
-    write(path("source"), "new");
-    QVERIFY(QFile::link(path("elsewhere"), path("copy")));
-
-    QVERIFY(!copyRegularFile(path("source"), path("copy")));
-
-    QVERIFY(!QFile::exists(path("elsewhere")));
+    QCOMPARE(errno, EFBIG);
+    QCOMPARE(read(path("copy")), QByteArray());
 }
 
 void TestFileCopy::a_file_larger_than_the_disk_is_refused_before_it_fills_it()
 {
-    write(path("source"), "content");
-    if (::truncate(QFile::encodeName(path("source")).constData(), 1LL << 42) != 0)
-        QSKIP("This file system does not hold files of 4 TB");
+    QVERIFY(QDir().mkpath(path("disk")));
+    const HostFiles::Mount disk = HostFiles::Mount::memory(path("disk"), "size=64k");
+    write(path("small"), QByteArray(10000, 'x'));
+    write(path("large"), QByteArray(64 * 1024 + 1, 'x'));
 
-    QVERIFY(!copyRegularFile(path("source"), path("copy")));
+    QVERIFY(copy(path("small"), path("disk/small")));
+    QVERIFY(!copy(path("large"), path("disk/large")));
+
+    QCOMPARE(read(path("disk/large")), QByteArray());
 }
 
-void TestFileCopy::a_missing_destination_directory_fails()
+void TestFileCopy::a_change_meanwhile_data()
+{
+    QTest::addColumn<Change>("change");
+    QTest::addColumn<bool>("copies");
+
+    QTest::newRow("a file that grows is copied as it was") << Change([](const QString &source) {
+        QFile file(source);
+        QVERIFY(file.open(QIODevice::Append));
+        QCOMPARE(file.write("and more"), qint64(8));
+    }) << true;
+    QTest::newRow("a file that is replaced is copied to its end")
+        << Change([](const QString &source) {
+               QVERIFY(QFile::remove(source));
+               write(source, "another content");
+           })
+        << true;
+    QTest::newRow("a file that is cut is a failure")
+        << Change([](const QString &source) { QVERIFY(QFile::resize(source, 3)); }) << false;
+}
+
+void TestFileCopy::a_change_meanwhile()
+{
+    QFETCH(Change, change);
+    QFETCH(bool, copies);
+    write(path("source"), "content");
+    bool copied = !copies;
+
+    QVERIFY(SystemCalls::hold(
+        SYS_copy_file_range, [&] { copied = copy(path("source"), path("copy")); },
+        [&] { change(path("source")); }));
+
+    QCOMPARE(copied, copies);
+    if (copies)
+        QCOMPARE(read(path("copy")), QByteArray("content"));
+}
+
+void TestFileCopy::files_that_are_not_open_are_a_failure()
 {
     write(path("source"), "content");
 
-    QVERIFY(!copyRegularFile(path("source"), path("missing/copy")));
+    QVERIFY(!copy(path("missing"), path("copy")));
+    QVERIFY(!copy(path("source"), path("missing/copy")));
 }
 
 QTEST_GUILESS_MAIN(TestFileCopy)

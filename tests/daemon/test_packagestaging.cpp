@@ -1,4 +1,5 @@
 #include "daemon/packagestaging.h"
+#include "support/systemcalls.h"
 #include "support/testcase.h"
 
 #include <QDir>
@@ -9,11 +10,7 @@
 #include <QtTest>
 
 #include <cerrno>
-#include <cstddef>
-#include <linux/filter.h>
-#include <linux/seccomp.h>
 #include <sys/mount.h>
-#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <thread>
@@ -38,21 +35,6 @@ QVector<unsigned> ownerCalls()
         SYS_fchown, SYS_fchownat};
 }
 
-/// Has these system calls of this thread fail with EPERM from now on, as a file system that knows
-/// no owners and modes may do.
-bool refuseCalls(const QVector<unsigned> &calls)
-{
-    QVector<sock_filter> program{BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr))};
-    for (const unsigned call : calls) {
-        program.append(BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, call, 0, 1));
-        program.append(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EPERM));
-    }
-    program.append(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
-    const sock_fprog filter{static_cast<unsigned short>(program.size()), program.data()};
-    return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
-           ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0;
-}
-
 } // namespace
 
 class TestPackageStaging : public TestCase
@@ -73,13 +55,20 @@ private Q_SLOTS:
     void what_is_in_the_way_is_replaced();
     void a_source_that_is_no_file_is_a_failed_copy_data();
     void a_source_that_is_no_file_is_a_failed_copy();
+    void nothing_is_left_of_a_copy_that_failed();
     void a_directory_in_the_way_is_a_failed_rename();
     void a_missing_staging_directory_is_a_failed_copy();
+    void another_files_staged_copy_is_left_alone_data();
+    void another_files_staged_copy_is_left_alone();
+    void a_link_on_the_way_is_reported_and_not_followed_data();
+    void a_link_on_the_way_is_reported_and_not_followed();
     void a_copy_that_does_not_become_roots_is_reported_data();
     void a_copy_that_does_not_become_roots_is_reported();
 
 private:
-    PackageStaging staging() const { return PackageStaging(m_incoming); }
+    QString root() const { return m_directory->filePath(QStringLiteral("data")); }
+    PackageStaging staging() const { return PackageStaging(root(), m_incoming); }
+    QString stage(const QString &source) const { return staging().stage(source); }
     void write(const QString &file, const QByteArray &content) const;
     static QByteArray read(const QString &file);
     static mode_t mode(const QString &path);
@@ -148,7 +137,7 @@ void TestPackageStaging::a_directory_that_cannot_be_made_is_reported()
     write(m_source + QStringLiteral("file"), "");
     const QString impossible = m_source + QStringLiteral("file/incoming/");
 
-    PackageStaging(impossible).prepare();
+    PackageStaging(m_source, impossible).prepare();
 
     const QString quoted = QStringLiteral("\"%1\"").arg(impossible);
     QCOMPARE(takeLog(QtWarningMsg, QStringLiteral("com.corvo.bramd.daemon")),
@@ -192,6 +181,9 @@ void TestPackageStaging::a_file_is_staged_under_its_name_data()
     QTest::newRow("beyond ASCII") << QStringLiteral("K\u00e4se.apk");
     QTest::newRow("three dots") << QStringLiteral("...");
     QTest::newRow("with blanks") << QStringLiteral(" a b ");
+    QTest::newRow("as long as can be") << QString(247, QLatin1Char('x')) + QStringLiteral(".apk");
+    QTest::newRow("like an option") << QStringLiteral("-rf");
+    QTest::newRow("with .tmp inside") << QStringLiteral("a.tmp.apk");
 }
 
 void TestPackageStaging::a_file_is_staged_under_its_name()
@@ -199,7 +191,7 @@ void TestPackageStaging::a_file_is_staged_under_its_name()
     QFETCH(QString, name);
     write(m_source + name, "content");
 
-    QCOMPARE(staging().stage(m_source + name), m_incoming + name);
+    QCOMPARE(stage(m_source + name), m_incoming + name);
 
     QCOMPARE(incomingFiles(), QStringList(name));
     QCOMPARE(read(m_incoming + name), QByteArray("content"));
@@ -210,7 +202,7 @@ void TestPackageStaging::a_staged_file_is_roots_and_readable_by_all()
     write(m_source + QStringLiteral("a.apk"), "content");
     QVERIFY(QFile::setPermissions(m_source + QStringLiteral("a.apk"), QFile::ReadOwner));
 
-    const QString staged = staging().stage(m_source + QStringLiteral("a.apk"));
+    const QString staged = stage(m_source + QStringLiteral("a.apk"));
 
     QCOMPARE(mode(staged), mode_t(0644));
     QCOMPARE(QFileInfo(staged).ownerId(), 0U);
@@ -243,7 +235,7 @@ void TestPackageStaging::what_is_in_the_way_is_replaced()
     else
         write(m_incoming + name, "old");
 
-    const QString staged = staging().stage(m_source + QStringLiteral("a.apk"));
+    const QString staged = stage(m_source + QStringLiteral("a.apk"));
 
     QCOMPARE(takeLog(QtWarningMsg), QStringList(warning.arg(m_incoming)));
     QCOMPARE(incomingFiles(), QStringList(QStringLiteral("a.apk")));
@@ -262,6 +254,11 @@ void TestPackageStaging::a_source_that_is_no_file_is_a_failed_copy_data()
     QTest::newRow("this directory") << QStringLiteral(".") << QStringLiteral("..tmp");
     QTest::newRow("parent directory") << QStringLiteral("..") << QStringLiteral("...tmp");
     QTest::newRow("no name") << QStringLiteral("") << QStringLiteral(".tmp");
+    const QString longest = QString(255, QLatin1Char('x')); // which leaves no room for the suffix
+    QTest::newRow("255 bytes") << longest << longest + QStringLiteral(".tmp");
+    QTest::newRow("252 bytes") << longest.left(252) << longest.left(252) + QStringLiteral(".tmp");
+    QTest::newRow("as a temporary copy")
+        << QStringLiteral("a.apk.tmp") << QStringLiteral("a.apk.tmp.tmp");
 }
 
 void TestPackageStaging::a_source_that_is_no_file_is_a_failed_copy()
@@ -270,12 +267,26 @@ void TestPackageStaging::a_source_that_is_no_file_is_a_failed_copy()
     QFETCH(QString, temporary);
     QCOMPARE(::mkfifo(QFile::encodeName(m_source + QStringLiteral("fifo")).constData(), 0600), 0);
     QVERIFY(QDir(m_source).mkdir(QStringLiteral("directory")));
+    write(m_source + QStringLiteral("a.apk.tmp"), "content");
+    if (name.size() > 250)
+        write(m_source + name, "content");
 
-    QVERIFY(staging().stage(m_source + name).isNull());
+    QVERIFY(stage(m_source + name).isNull());
 
     QVERIFY(
         takeLogLine(QtCriticalMsg, QStringLiteral("Could not copy incoming file: \"%1\" -> \"%2\"")
                                        .arg(m_source + name, m_incoming + temporary)));
+    QCOMPARE(incomingFiles(), QStringList());
+}
+
+void TestPackageStaging::nothing_is_left_of_a_copy_that_failed()
+{
+    write(m_source + QStringLiteral("a.apk"), "content");
+    QVERIFY(QFile::resize(m_source + QStringLiteral("a.apk"), Q_INT64_C(1) << 40));
+
+    QVERIFY(stage(m_source + QStringLiteral("a.apk")).isNull());
+
+    QCOMPARE(takeLog(QtCriticalMsg).size(), 1);
     QCOMPARE(incomingFiles(), QStringList());
 }
 
@@ -284,12 +295,13 @@ void TestPackageStaging::a_directory_in_the_way_is_a_failed_rename()
     write(m_source + QStringLiteral("a.apk"), "content");
     QVERIFY(QDir(m_incoming).mkdir(QStringLiteral("a.apk")));
 
-    QVERIFY(staging().stage(m_source + QStringLiteral("a.apk")).isNull());
+    QVERIFY(stage(m_source + QStringLiteral("a.apk")).isNull());
 
     QCOMPARE(takeLog(QtWarningMsg).size(), 1);
     QVERIFY(takeLogLine(
         QtCriticalMsg,
         QStringLiteral("Could not rename file: \"%1a.apk.tmp\" -> \"%1a.apk\"").arg(m_incoming)));
+    QCOMPARE(incomingFiles(), QStringList(QStringLiteral("a.apk")));
 }
 
 void TestPackageStaging::a_copy_that_does_not_become_roots_is_reported_data()
@@ -313,8 +325,8 @@ void TestPackageStaging::a_copy_that_does_not_become_roots_is_reported()
     bool refused = false;
     bool accepted = true;
     std::thread([&] {
-        refused = refuseCalls(refusedCalls);
-        accepted = !staging().stage(m_source + QStringLiteral("a.apk")).isNull();
+        refused = SystemCalls::refuse(refusedCalls);
+        accepted = !stage(m_source + QStringLiteral("a.apk")).isNull();
     }).join();
 
     QVERIFY(refused);
@@ -328,9 +340,70 @@ void TestPackageStaging::a_missing_staging_directory_is_a_failed_copy()
     write(m_source + QStringLiteral("a.apk"), "content");
     QVERIFY(QDir(m_incoming).removeRecursively());
 
-    QVERIFY(staging().stage(m_source + QStringLiteral("a.apk")).isNull());
+    QVERIFY(stage(m_source + QStringLiteral("a.apk")).isNull());
 
     QCOMPARE(takeLog(QtCriticalMsg).size(), 1);
+}
+
+void TestPackageStaging::another_files_staged_copy_is_left_alone_data()
+{
+    QTest::addColumn<QString>("other");
+
+    QTest::newRow("temporary copy") << QStringLiteral("a.apk.tmp");
+    QTest::newRow("its temporary copy") << QStringLiteral("a.apk.tmp.tmp");
+    QTest::newRow("this directory") << QStringLiteral(".");
+    QTest::newRow("parent directory") << QStringLiteral("..");
+    QTest::newRow("nothing") << QString();
+}
+
+void TestPackageStaging::another_files_staged_copy_is_left_alone()
+{
+    QFETCH(QString, other);
+    write(m_source + QStringLiteral("a.apk"), "content");
+    write(m_source + QStringLiteral("a.apk.tmp"), "other");
+    write(m_source + QStringLiteral("a.apk.tmp.tmp"), "other");
+    QVERIFY(!stage(m_source + QStringLiteral("a.apk")).isNull());
+    const QStringList before = QDir(root()).entryList();
+
+    QVERIFY(stage(m_source + other).isNull());
+
+    QCOMPARE(takeLog(QtCriticalMsg).size(), 1);
+    QCOMPARE(incomingFiles(), QStringList(QStringLiteral("a.apk")));
+    QCOMPARE(read(m_incoming + QStringLiteral("a.apk")), QByteArray("content"));
+    QCOMPARE(QDir(root()).entryList(), before);
+}
+
+void TestPackageStaging::a_link_on_the_way_is_reported_and_not_followed_data()
+{
+    QTest::addColumn<QString>("replaced");
+
+    QTest::newRow("staging directory") << QStringLiteral("data/staging/incoming");
+    QTest::newRow("its parent") << QStringLiteral("data/staging");
+}
+
+void TestPackageStaging::a_link_on_the_way_is_reported_and_not_followed()
+{
+    QFETCH(QString, replaced);
+    const QString victim = m_directory->filePath(QStringLiteral("victim"));
+    QVERIFY(QDir().mkpath(victim + QStringLiteral("/incoming")));
+    for (const char *file : {"/a.apk", "/incoming/a.apk"})
+        write(victim + QLatin1String(file), "precious");
+    QCOMPARE(::chmod(QFile::encodeName(victim).constData(), 0700), 0);
+    write(m_source + QStringLiteral("a.apk"), "content");
+    const QString link = m_directory->filePath(replaced);
+    QVERIFY(QDir(link).removeRecursively());
+    QVERIFY(QFile::link(victim, link));
+
+    staging().removeLeftovers();
+    staging().prepare();
+    QVERIFY(stage(m_source + QStringLiteral("a.apk")).isNull());
+
+    QCOMPARE(takeLog(QtWarningMsg).size(), 3);
+    QCOMPARE(takeLog(QtCriticalMsg).size(), 1);
+    QCOMPARE(mode(victim), mode_t(0700));
+    for (const char *file : {"/a.apk", "/incoming/a.apk"})
+        QCOMPARE(read(victim + QLatin1String(file)), QByteArray("precious"));
+    QVERIFY(QFileInfo(link).isSymLink());
 }
 
 QTEST_GUILESS_MAIN(TestPackageStaging)

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QVector>
+
+#include <functional>
+#include <optional>
+
+/// Interferes with system calls, as an unusual kernel or file system, or another process at just
+/// the wrong moment, would.
+namespace SystemCalls {
+
+/// Has these calls of this thread fail with EPERM from now on; with an argument, only those with
+/// this first one. There is no way back: for a thread of its own. False when the kernel does not
+/// let it.
+bool refuse(const QVector<unsigned> &calls, std::optional<unsigned> firstArgument = std::nullopt);
+
+/// Runs `work` in a thread of its own, and `meanwhile` in this one while the first such call of
+/// that thread is held. False when no call was made.
+bool hold(unsigned call, const std::function<void()> &work, const std::function<void()> &meanwhile);
+
+} // namespace SystemCalls
