@@ -1,5 +1,9 @@
 #include "config/runtimetext.h"
 
+#include <QVector>
+
+#include <algorithm>
+
 namespace RuntimeText {
 
 namespace {
@@ -20,6 +24,15 @@ bool isHalfPair(const QString &text, int position)
     return false;
 }
 
+bool isNameCharacter(uint character)
+{
+    if (character < 0x80) {
+        return QChar::isLetterOrNumber(character) || character == '_' || character == '$' ||
+               character == '.' || character == '-';
+    }
+    return !QChar::isSpace(character) && QChar::category(character) != QChar::Other_Format;
+}
+
 } // namespace
 
 QString singleLine(QString text)
@@ -35,7 +48,10 @@ QString singleLine(QString text)
 
 bool isUsableName(const QString &name)
 {
-    return !name.isEmpty() && !name.contains(QLatin1Char('/')) && singleLine(name) == name;
+    if (name.isEmpty() || name.startsWith(QLatin1Char('-')) || singleLine(name) != name)
+        return false;
+    const QVector<uint> characters = name.toUcs4();
+    return std::all_of(characters.begin(), characters.end(), isNameCharacter);
 }
 
 } // namespace RuntimeText

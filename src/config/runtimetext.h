@@ -12,8 +12,10 @@ namespace RuntimeText {
 /// value reads back as it was set.
 QString singleLine(QString text);
 
-/// Whether a package or class name can stand in file names and in lines: it is not empty and has
-/// neither "/" nor any character that singleLine() replaces.
+/// Whether a package or class name is one by Android's rules for names in apps: not empty, and of
+/// letters, digits and "_", "$", ".", "-" only, beyond ASCII of anything but blanks, marks without
+/// a shape and what singleLine() replaces. Such a name can stand in the name of a file, in a line,
+/// and without quotes in a command, where it is one argument and no option ("-" never comes first).
 bool isUsableName(const QString &name);
 
 } // namespace RuntimeText

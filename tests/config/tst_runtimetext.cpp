@@ -97,6 +97,21 @@ void RuntimeTextTest::tellsUsableNames_data()
     QTest::newRow("empty") << QStringLiteral("") << false;
     QTest::newRow("slash") << QStringLiteral("a/b") << false;
     QTest::newRow("slash first") << QStringLiteral("/a") << false;
+    QTest::newRow("digit, underscore, dash inside") << QStringLiteral("2_a-b") << true;
+    QTest::newRow("letters beyond the first plane")
+        << QString::fromUtf8("a.\xF0\x9D\x94\x80") << true;
+    QTest::newRow("dots") << QStringLiteral("..") << true;
+    QTest::newRow("dash first") << QStringLiteral("-d") << false;
+    QTest::newRow("no-break space") << QStringLiteral("a\u00A0b") << false;
+    QTest::newRow("ideographic space") << QStringLiteral("a\u3000b") << false;
+    QTest::newRow("right-to-left mark") << QStringLiteral("a\u200Fb") << false;
+    QTest::newRow("right-to-left override") << QStringLiteral("a\u202Eb") << false;
+    QTest::newRow("mark beyond the first plane") << QString::fromUtf8("a\xF3\xA0\x80\x81") << false;
+    const QByteArray others(" !\"#%&'()*+,:;<=>?@[\\]^`{|}~");
+    for (const char character : others) {
+        QTest::newRow((QByteArray("character ") + character).constData())
+            << QStringLiteral("a%1b").arg(QLatin1Char(character)) << false;
+    }
     QTest::newRow("line break last") << QStringLiteral("a\n") << false;
 }
 

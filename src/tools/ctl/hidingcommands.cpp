@@ -59,7 +59,7 @@ Outcome requireVisibleOnDevice(const QString &package)
 Outcome change(const Invocation &invocation, Context &context, bool hide)
 {
     const QString &package = invocation.arguments.first();
-    if (!RuntimeText::isUsableName(package) || package.trimmed() != package) {
+    if (!RuntimeText::isUsableName(package)) {
         return {ExitStatus::Refused,
                 QStringLiteral("“%1” is no name of a package. “bramctl list” shows those of apps.")
                     .arg(package)};
