@@ -15,7 +15,6 @@
 #include <QFileInfo>
 #include <QSet>
 
-#include <algorithm>
 #include <optional>
 
 namespace {
@@ -42,12 +41,6 @@ bool isUsable(const ApkLauncher &launcher)
         return false;
     }
     return true;
-}
-
-template <typename Predicate>
-void removeIf(QVector<ApkLauncher> &launchers, Predicate matches)
-{
-    launchers.erase(std::remove_if(launchers.begin(), launchers.end(), matches), launchers.end());
 }
 
 void writeIcon(const QString &path, const QByteArray &icon, bool entryExisted)
@@ -117,12 +110,12 @@ void DesktopManager::onCreateLauncher(const ApkLauncher &launcher)
     const bool existed = QFile::exists(path);
     qCDebug(launcherLog) << "onCreateLauncher:" << path;
 
-    removeIf(m_receivedLaunchers, [&launcher](const ApkLauncher &received) {
-        return received.packageName == launcher.packageName &&
-               received.className == launcher.className;
-    });
     const bool blacklisted = m_blacklist.contains(launcher.packageName);
-    if (blacklisted && launcher.isHandler())
+    if (blacklisted && launcher.isHandler()) {
+        m_announced.drop(launcher);
+        return;
+    }
+    if (!isAdded(launcher))
         return;
 
     DesktopFile entry(path);
@@ -136,8 +129,6 @@ void DesktopManager::onCreateLauncher(const ApkLauncher &launcher)
     if (!launcher.shareMimeTypes.isEmpty())
         m_sharing.add(launcher);
 
-    m_receivedLaunchers.append(launcher);
-    m_receivedLaunchers.last().icon.clear();
     if (!existed)
         Q_EMIT newApplicationInstalled(launcher);
 }
@@ -149,9 +140,8 @@ void DesktopManager::onRemovePackage(const QString &packageName)
     const QStringList paths = InstalledEntries().ofPackage(packageName);
     for (const QString &path : paths)
         deleteEntry(path);
-    removeIf(m_receivedLaunchers, [&packageName](const ApkLauncher &received) {
-        return received.packageName == packageName;
-    });
+    m_announced.removePackage(packageName);
+    m_fullTold = false;
     m_sharing.removePackage(packageName);
     refreshDesktop();
 }
@@ -160,10 +150,7 @@ void DesktopManager::onLaunchersComplete()
 {
     qCDebug(launcherLog) << "Launchers complete. Removing orphans";
 
-    QSet<QString> announced;
-    for (const ApkLauncher &launcher : qAsConst(m_receivedLaunchers))
-        announced.insert(LauncherPaths::desktopFile(launcher));
-
+    const QSet<QString> announced = m_announced.desktopFiles();
     const QStringList paths = InstalledEntries().all();
     for (const QString &path : paths) {
         if (announced.contains(path))
@@ -171,7 +158,29 @@ void DesktopManager::onLaunchersComplete()
         qCDebug(launcherLog) << "Removing " << path;
         deleteEntry(path);
     }
+    m_announced.purge();
+    m_fullTold = false;
     refreshDesktop();
+}
+
+bool DesktopManager::isAdded(const ApkLauncher &launcher)
+{
+    switch (m_announced.add(launcher)) {
+    case AnnouncedActivities::Result::Added:
+        return true;
+    case AnnouncedActivities::Result::BelongsToOther:
+        qCWarning(launcherLog) << "Dropping launcher whose files are those of another app:"
+                               << launcher.packageName << launcher.className;
+        break;
+    case AnnouncedActivities::Result::Full:
+        if (!m_fullTold)
+            qCWarning(launcherLog)
+                << "Too many launchers, dropping this and what follows:" << launcher.packageName
+                << launcher.className;
+        m_fullTold = true;
+        break;
+    }
+    return false;
 }
 
 void DesktopManager::refreshDesktop()

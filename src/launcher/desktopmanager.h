@@ -1,12 +1,12 @@
 #pragma once
 
+#include "launcher/announcedactivities.h"
 #include "launcher/apklauncher.h"
 #include "launcher/packageblacklist.h"
 #include "launcher/sharingregistry.h"
 
 #include <QObject>
 #include <QStringList>
-#include <QVector>
 
 class DaemonConfig;
 
@@ -31,8 +31,9 @@ public:
     QString applicationName(const QString &packageName) const;
 
 public Q_SLOTS:
-    /// Creates or updates the files of one announced activity. Announcements whose names cannot
-    /// be file names are dropped with a warning.
+    /// Creates or updates the files of one announced activity. Announcements are dropped with a
+    /// warning when their names cannot be file names, their files are those of another package,
+    /// or there are too many of them (one warning until there is room again).
     void onCreateLauncher(const ApkLauncher &launcher);
 
     /// Removes all files of one package.
@@ -50,8 +51,11 @@ Q_SIGNALS:
     void newApplicationInstalled(const ApkLauncher &launcher);
 
 private:
+    bool isAdded(const ApkLauncher &launcher);
+
     PackageBlacklist m_blacklist;
-    QVector<ApkLauncher> m_receivedLaunchers; ///< without their icons, which are on disk
+    AnnouncedActivities m_announced;
+    bool m_fullTold = false; ///< that no more activities fit
     SharingRegistry m_sharing;
     const DaemonConfig *m_config;
 };

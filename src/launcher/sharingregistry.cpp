@@ -75,8 +75,16 @@ void SharingRegistry::add(const ApkLauncher &launcher)
     qCDebug(launcherLog) << "Adding" << launcher.packageName << launcher.className
                          << "to sharing plugins";
 
-    m_document = withShareTarget(m_document, launcher);
-    const QByteArray content = m_document.toJson();
+    const QJsonDocument document = withShareTarget(m_document, launcher);
+    const QByteArray content = document.toJson();
+    if (content.size() > MaxBytes) {
+        if (!m_fullTold)
+            qCWarning(launcherLog) << "Too many share targets, leaving out this and what follows:"
+                                   << launcher.packageName << launcher.className;
+        m_fullTold = true;
+        return;
+    }
+    m_document = document;
     if (!PublicFile::hasContent(sharingFile(), content))
         write(content);
 }
@@ -87,6 +95,7 @@ void SharingRegistry::removePackage(const QString &packageName)
         return;
 
     m_document = withoutPackage(m_document, packageName);
+    m_fullTold = false;
     const QByteArray content = m_document.toJson();
     if (PublicFile::hasContent(sharingFile(), content))
         return;

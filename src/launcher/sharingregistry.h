@@ -16,9 +16,15 @@ QJsonDocument withoutPackage(const QJsonDocument &document, const QString &packa
 /// "/var/lib/bramd/sharing.json":
 /// {package: {class: {"label", "caption", "icon": path, "mimetypes": [...], "multi": bool}}}.
 /// When the file cannot be written the change is kept and goes out with the next one.
+///
+/// The document is kept in memory and written as a whole with every change, so it has a limit that
+/// no honest phone comes near (300 targets take 150 kB). A target that does not fit is left out,
+/// with one warning until a package goes.
 class SharingRegistry
 {
 public:
+    static constexpr int MaxBytes = 8 * 1024 * 1024;
+
     /// Empties the file (and makes its directory), so that no target of an earlier run survives.
     SharingRegistry();
 
@@ -27,4 +33,5 @@ public:
 
 private:
     QJsonDocument m_document;
+    bool m_fullTold = false; ///< that a target does not fit
 };

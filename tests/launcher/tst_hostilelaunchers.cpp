@@ -47,6 +47,11 @@ private Q_SLOTS:
     void dropsNamesThatCannotBeFiles_data();
     void dropsNamesThatCannotBeFiles();
     void survivesHostilePackageRemovals();
+    void leavesTheFilesOfOtherAppsAlone_data();
+    void leavesTheFilesOfOtherAppsAlone();
+    void keepsTheLaterOfOneAppsTwoNamesForAFile();
+    void writesNoMoreThanALimitedNumber();
+    void keepsCountingHiddenHandlersUntilTheyAreGone();
 
 private:
     const DaemonConfig m_config;
@@ -239,6 +244,107 @@ void HostileLaunchersTest::survivesHostilePackageRemovals()
         manager.onRemovePackage(package);
 
     QCOMPARE(files(), before);
+}
+
+void HostileLaunchersTest::leavesTheFilesOfOtherAppsAlone_data()
+{
+    QTest::addColumn<ApkLauncher>("other");
+
+    // "com.a_.b-M" and "com.a._b-M" are both escaped to "com_a___b-M".
+    QTest::newRow("dot and underscore")
+        << named(QStringLiteral("com.a._b"), QStringLiteral("M.X-Y"));
+    QTest::newRow("dash") << named(QStringLiteral("com.a_.b-M.X"), QStringLiteral("Y"));
+}
+
+void HostileLaunchersTest::leavesTheFilesOfOtherAppsAlone()
+{
+    QFETCH(ApkLauncher, other);
+    DesktopManager manager(&m_config);
+    const ApkLauncher first = named(QStringLiteral("com.a_.b"), QStringLiteral("M.X-Y"));
+    manager.onCreateLauncher(first);
+    const QStringList before = files();
+    const QByteArray entry = HostFiles::read(before.first());
+
+    other.icon = "other";
+    manager.onCreateLauncher(other);
+
+    QCOMPARE(files(), before);
+    QCOMPARE(HostFiles::read(before.first()), entry);
+    QVERIFY(takeLogLine(
+        QtWarningMsg,
+        QStringLiteral("Dropping launcher whose files are those of another app: \"%1\" \"%2\"")
+            .arg(other.packageName, other.className)));
+
+    manager.onRemovePackage(other.packageName);
+    manager.onLaunchersComplete();
+    QCOMPARE(files(), before);
+
+    // once the first is gone, the name is free
+    manager.onRemovePackage(first.packageName);
+    manager.onCreateLauncher(other);
+    QCOMPARE(manager.installedEntries().size(), 1);
+}
+
+void HostileLaunchersTest::keepsTheLaterOfOneAppsTwoNamesForAFile()
+{
+    DesktopManager manager(&m_config);
+    manager.onCreateLauncher(named(QStringLiteral("a.b"), QStringLiteral("a._M")));
+    manager.onCreateLauncher(named(QStringLiteral("a.b"), QStringLiteral("a_.M")));
+
+    const QStringList entries = manager.installedEntries();
+    QCOMPARE(entries.size(), 1);
+    QCOMPARE(HostFiles::desktopEntry(entries.first()).value(QStringLiteral("Exec")),
+             QStringLiteral("bramd-launcher a.b.apk a.b/a_.M"));
+}
+
+void HostileLaunchersTest::writesNoMoreThanALimitedNumber()
+{
+    DesktopManager manager(&m_config);
+    ApkLauncher announced = launcher();
+    announced.icon.clear();
+    for (int number = 0; number < AnnouncedActivities::MaxActivities + 3; ++number) {
+        announced.className = QStringLiteral("a.b.C%1").arg(number);
+        manager.onCreateLauncher(announced);
+    }
+    const int most = AnnouncedActivities::MaxActivities;
+    QCOMPARE(manager.installedEntries().size(), most);
+    QVERIFY(takeLogLine(QtWarningMsg,
+                        QStringLiteral("Too many launchers, dropping this and what follows: "
+                                       "\"a.b\" \"a.b.C%1\"")
+                            .arg(most)));
+    // and only once; what has its files can change
+    announced.className = QStringLiteral("a.b.C1");
+    announced.label = QStringLiteral("Changed");
+    manager.onCreateLauncher(announced);
+    QCOMPARE(HostFiles::desktopEntry(entryPath("bramd_launcher_a_b-a_b_C1"))
+                 .value(QStringLiteral("Name")),
+             QStringLiteral("Changed"));
+
+    manager.onRemovePackage(announced.packageName);
+    QCOMPARE(files(), QStringList(sharingPath()));
+    manager.onCreateLauncher(launcher());
+    QCOMPARE(manager.installedEntries().size(), 1);
+}
+
+void HostileLaunchersTest::keepsCountingHiddenHandlersUntilTheyAreGone()
+{
+    HostFiles::write(QStringLiteral("/etc/bramd/app-blacklist"), "a_.b\n");
+    DesktopManager manager(&m_config);
+    ApkLauncher hidden = named(QStringLiteral("a_.b"), QStringLiteral("C"));
+    manager.onCreateLauncher(hidden);
+    hidden.mimeTypes = QStringList(QStringLiteral("a/b"));
+    manager.onCreateLauncher(hidden);
+    const QStringList before = files();
+
+    const ApkLauncher other = named(QStringLiteral("a._b"), QStringLiteral("C"));
+    manager.onCreateLauncher(other);
+    QCOMPARE(files(), before);
+    QCOMPARE(takeLog(QtWarningMsg, Category).size(), 1);
+
+    manager.onLaunchersComplete();
+    QCOMPARE(files(), QStringList(sharingPath()));
+    manager.onCreateLauncher(other);
+    QCOMPARE(manager.installedEntries().size(), 1);
 }
 
 QTEST_GUILESS_MAIN(HostileLaunchersTest)

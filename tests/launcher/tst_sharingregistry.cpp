@@ -53,6 +53,7 @@ private Q_SLOTS:
     void removesNothingWhileThereAreNoTargets();
     void keepsTheChangeWhenTheDiskIsFull();
     void readsBackWhateverTheNames();
+    void leavesOutWhatDoesNotFit();
 };
 
 void SharingRegistryTest::init()
@@ -266,6 +267,30 @@ void SharingRegistryTest::readsBackWhateverTheNames()
                                     .toObject();
     QCOMPARE(written.value(QStringLiteral("label")).toString(), launcher.label);
     QCOMPARE(written.value(QStringLiteral("caption")).toString(), launcher.caption);
+}
+
+void SharingRegistryTest::leavesOutWhatDoesNotFit()
+{
+    SharingRegistry registry;
+    ApkLauncher launcher = target();
+    launcher.label = QString(SharingRegistry::MaxBytes - 1000, QLatin1Char('a'));
+    registry.add(launcher);
+    const QByteArray before = HostFiles::read(SharingFile);
+    QVERIFY(before.size() > SharingRegistry::MaxBytes - 1000);
+
+    ApkLauncher large = target(QStringLiteral("c"), QStringLiteral("c.D"));
+    large.label = QString(2000, QLatin1Char('a'));
+    registry.add(large);
+    registry.add(large);
+    QCOMPARE(HostFiles::read(SharingFile), before);
+    QCOMPARE(takeLog(QtWarningMsg, Category),
+             QStringList(QStringLiteral("Too many share targets, leaving out this and what "
+                                        "follows: \"c\" \"c.D\"")));
+
+    registry.removePackage(launcher.packageName);
+    registry.add(large);
+    QCOMPARE(QJsonDocument::fromJson(HostFiles::read(SharingFile)).object().keys(),
+             QStringList(QStringLiteral("c")));
 }
 
 QTEST_GUILESS_MAIN(SharingRegistryTest)
