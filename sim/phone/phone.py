@@ -64,9 +64,10 @@ class Phone:
         """Every daemon that was started on this phone, oldest first."""
         return list(self._daemons)
 
-    def start_daemon(self, environment=None, wait=True):
-        """Starts bramd and, unless told otherwise, waits until it serves com.corvo.bramd."""
-        daemon = Daemon(self.build_directory, environment)
+    def start_daemon(self, environment=None, wait=True, prefix=()):
+        """Starts bramd, through the command words of prefix if there are any, and, unless told
+        otherwise, waits until it serves com.corvo.bramd."""
+        daemon = Daemon(self.build_directory, environment, prefix)
         self._daemons.append(daemon)
         if wait:
             daemon.wait_until_served(self.system_bus)

@@ -87,7 +87,8 @@ void BramDaemon::registerOnBus()
 bool BramDaemon::installFile(const QString &filename, PackageSource source)
 {
     qCDebug(daemonLog) << "installFile:" << filename;
-    if (!m_callerCheck.passes(*this)) {
+    const CallerVerdict caller = m_callerCheck.verdict(*this);
+    if (!caller.passes) {
         qCCritical(daemonLog) << "APK installation prohibited";
         publishNotification(qtTrId("bramd-app_installation_disallowed"), true);
         return false;
@@ -108,7 +109,7 @@ bool BramDaemon::installFile(const QString &filename, PackageSource source)
 
     startRuntime();
     m_staging.prepare();
-    const QString staged = m_staging.stage(filename);
+    const QString staged = m_staging.stage(filename, caller.reads);
     if (staged.isNull())
         return false;
     if (source == PackageSource::PartnerSpace)
@@ -138,7 +139,7 @@ bool BramDaemon::installPartnerSpaceFile(const QString &filename)
 bool BramDaemon::removeFile(const QString &filename)
 {
     qCDebug(daemonLog) << "removeFile:" << filename;
-    if (!m_callerCheck.passes(*this)) {
+    if (!m_callerCheck.verdict(*this).passes) {
         qCCritical(daemonLog) << "APK uninstallation prohibited";
         publishNotification(qtTrId("bramd-app_uninstallation_disallowed"), true);
         return false;

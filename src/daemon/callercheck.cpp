@@ -1,17 +1,48 @@
 #include "daemon/callercheck.h"
 
+#include "daemon/buscredentials.h"
+#include "daemon/processowner.h"
 #include "platform/host/devicepolicy.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusContext>
 #include <QDBusMessage>
-#include <QFileInfo>
+#include <QDBusReply>
 
-bool isPrivileged(const QString &group, const QString &owner)
+namespace {
+
+constexpr uint superuser = 0;
+
+bool isSameProcess(const ProcessOwner &process, const BusCredentials &connection)
 {
-    return group == QLatin1String("privileged") || group == QLatin1String("disk") ||
-           owner == QLatin1String("root");
+    const bool groupsAreKnown = !connection.groups.isEmpty();
+    return connection.user == process.userId &&
+           (!groupsAreKnown || connection.groups.contains(process.groupId));
+}
+
+bool isPrivileged(const BusCredentials &connection)
+{
+    if (!connection.processId)
+        return false;
+    const std::optional<ProcessOwner> process = ProcessOwner::of(*connection.processId);
+    return process && isPrivileged(*process, connection);
+}
+
+} // namespace
+
+bool isPrivileged(const ProcessOwner &process, const BusCredentials &connection)
+{
+    return isSameProcess(process, connection) &&
+           (process.group == QLatin1String("privileged") ||
+            process.group == QLatin1String("disk") || process.user == QLatin1String("root"));
+}
+
+UserRights rightsOf(const BusCredentials &connection)
+{
+    if (!connection.user || *connection.user == superuser)
+        return UserRights();
+    return {*connection.user, connection.groups};
 }
 
 CallerCheck::CallerCheck(DevicePolicy *policy)
@@ -19,17 +50,19 @@ CallerCheck::CallerCheck(DevicePolicy *policy)
 {
 }
 
-bool CallerCheck::passes(const QDBusContext &context) const
+CallerVerdict CallerCheck::verdict(const QDBusContext &context) const
 {
     if (!context.calledFromDBus())
-        return true;
-    const QDBusReply<uint> processId =
-        context.connection().interface()->servicePid(context.message().service());
-    return processPasses(processId.value());
+        return {true, std::nullopt};
+    // One question for everything, so that the answers are about one connection.
+    const QDBusReply<QVariantMap> reply = context.connection().interface()->call(
+        QStringLiteral("GetConnectionCredentials"), context.message().service());
+    return verdict(BusCredentials::fromReply(reply.value()));
 }
 
-bool CallerCheck::processPasses(uint processId) const
+CallerVerdict CallerCheck::verdict(const BusCredentials &connection) const
 {
-    const QFileInfo process(QStringLiteral("/proc/%1").arg(processId));
-    return isPrivileged(process.group(), process.owner()) || m_policy->mayInstallApps();
+    if (isPrivileged(connection))
+        return {true, std::nullopt};
+    return {m_policy->mayInstallApps(), rightsOf(connection)};
 }

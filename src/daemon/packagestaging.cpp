@@ -31,6 +31,11 @@ bool canBeStaged(const QString &name)
            !name.endsWith(temporarySuffix);
 }
 
+FileDescriptor openSource(const QString &path, const std::optional<UserRights> &rights)
+{
+    return rights ? SourceFile::open(path, *rights) : SourceFile::open(path);
+}
+
 /// Returns the copy. On failure it is not open, and nothing is left of it.
 FileDescriptor copy(const FileDescriptor &source, const RuntimeDirectory &directory,
                     const QByteArray &name)
@@ -73,7 +78,7 @@ void PackageStaging::removeLeftovers() const
     }
 }
 
-QString PackageStaging::stage(const QString &source) const
+QString PackageStaging::stage(const QString &source, const std::optional<UserRights> &rights) const
 {
     const QString name = fileName(source);
     QString staged = m_directory + name;
@@ -92,7 +97,7 @@ QString PackageStaging::stage(const QString &source) const
         directory.remove(temporaryName);
     }
     const FileDescriptor file =
-        stageable ? copy(SourceFile::open(source), directory, temporaryName) : FileDescriptor();
+        stageable ? copy(openSource(source, rights), directory, temporaryName) : FileDescriptor();
     if (!file.isOpen()) {
         qCCritical(daemonLog) << "Could not copy incoming file:" << source << "->" << temporary;
         return QString();

@@ -1,6 +1,10 @@
 #pragma once
 
+#include "daemon/userrights.h"
+
 #include <QString>
+
+#include <optional>
 
 /// The directory through which APK files reach the runtime's package manager: the runtime sees
 /// it, and only root may write there. The runtime's root may write there too, and so everything is
@@ -19,9 +23,9 @@ public:
     void removeLeftovers() const;
 
     /// Puts a copy of a file there under the same file name, root's and readable by all, in place
-    /// of one that is there already. Returns the copy's path; null, after one critical line, on
-    /// failure.
-    QString stage(const QString &source) const;
+    /// of one that is there already. The file is read with the rights that are given, else with the
+    /// daemon's own. Returns the copy's path; null, after one critical line, on failure.
+    QString stage(const QString &source, const std::optional<UserRights> &rights) const;
 
 private:
     QString m_root;

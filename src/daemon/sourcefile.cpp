@@ -1,14 +1,18 @@
 #include "daemon/sourcefile.h"
 
+#include "daemon/assumedrights.h"
+
 #include <QByteArray>
 #include <QFile>
 
 #include <algorithm>
 #include <array>
+#include <climits>
 #include <fcntl.h>
 #include <linux/magic.h>
 #include <sys/stat.h>
 #include <sys/statfs.h>
+#include <unistd.h>
 
 namespace SourceFile {
 
@@ -41,11 +45,36 @@ bool isRegular(const FileDescriptor &file)
     return ::fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
+bool isSame(const FileDescriptor &one, const FileDescriptor &other)
+{
+    struct stat first
+    {
+    };
+    struct stat second
+    {
+    };
+    return ::fstat(one.get(), &first) == 0 && ::fstat(other.get(), &second) == 0 &&
+           first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
 /// The name under which the file that a descriptor stands for can be opened again, whatever has its
 /// path by now.
 QByteArray nameOf(const FileDescriptor &file)
 {
     return "/proc/self/fd/" + QByteArray::number(file.get());
+}
+
+/// Whether the path that the kernel has for an open file leads to it, too, so that the rights of
+/// this thread were enough for each directory on the way.
+bool isReachable(const FileDescriptor &file)
+{
+    QByteArray path(PATH_MAX, '\0');
+    const ssize_t length = ::readlink(nameOf(file).constData(), path.data(), PATH_MAX - 1);
+    if (length <= 0)
+        return false;
+    path.truncate(static_cast<int>(length));
+    const FileDescriptor again(::open(path.constData(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    return again.isOpen() && isSame(file, again);
 }
 
 } // namespace
@@ -59,6 +88,17 @@ FileDescriptor open(const QString &path)
         return FileDescriptor();
     // Not blocking, because some files of the kernel look regular and still wait for data.
     return FileDescriptor(::open(nameOf(found).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+}
+
+FileDescriptor open(const QString &path, const UserRights &rights)
+{
+    const AssumedRights assumed(rights);
+    if (!assumed.areAssumed())
+        return FileDescriptor();
+    FileDescriptor file = open(path);
+    if (!file.isOpen() || !isReachable(file))
+        return FileDescriptor();
+    return file;
 }
 
 } // namespace SourceFile

@@ -1,4 +1,5 @@
 #include "daemon/packagestaging.h"
+#include "support/otherusers.h"
 #include "support/systemcalls.h"
 #include "support/testcase.h"
 
@@ -58,6 +59,7 @@ private Q_SLOTS:
     void nothing_is_left_of_a_copy_that_failed();
     void a_directory_in_the_way_is_a_failed_rename();
     void a_missing_staging_directory_is_a_failed_copy();
+    void a_source_that_these_rights_do_not_open_is_a_failed_copy();
     void another_files_staged_copy_is_left_alone_data();
     void another_files_staged_copy_is_left_alone();
     void a_link_on_the_way_is_reported_and_not_followed_data();
@@ -68,7 +70,7 @@ private Q_SLOTS:
 private:
     QString root() const { return m_directory->filePath(QStringLiteral("data")); }
     PackageStaging staging() const { return PackageStaging(root(), m_incoming); }
-    QString stage(const QString &source) const { return staging().stage(source); }
+    QString stage(const QString &source) const { return staging().stage(source, std::nullopt); }
     void write(const QString &file, const QByteArray &content) const;
     static QByteArray read(const QString &file);
     static mode_t mode(const QString &path);
@@ -343,6 +345,27 @@ void TestPackageStaging::a_missing_staging_directory_is_a_failed_copy()
     QVERIFY(stage(m_source + QStringLiteral("a.apk")).isNull());
 
     QCOMPARE(takeLog(QtCriticalMsg).size(), 1);
+}
+
+void TestPackageStaging::a_source_that_these_rights_do_not_open_is_a_failed_copy()
+{
+    if (!OtherUsers::exist())
+        QSKIP("Needs a second user: run the tests as root");
+    const QString source = m_source + QStringLiteral("a.apk");
+    write(source, "content");
+    QCOMPARE(::chmod(QFile::encodeName(m_directory->path()).constData(), 0755), 0);
+    QVERIFY(QFile::setPermissions(source, QFile::ReadOwner));
+
+    QVERIFY(staging().stage(source, UserRights()).isNull());
+
+    QVERIFY(takeLogLine(QtCriticalMsg,
+                        QStringLiteral("Could not copy incoming file: \"%1\" -> \"%2a.apk.tmp\"")
+                            .arg(source, m_incoming)));
+    QCOMPARE(incomingFiles(), QStringList());
+
+    QVERIFY(QFile::setPermissions(source, QFile::ReadOwner | QFile::ReadOther));
+    QVERIFY(!staging().stage(source, UserRights()).isNull());
+    QCOMPARE(QFileInfo(m_incoming + QStringLiteral("a.apk")).ownerId(), 0U);
 }
 
 void TestPackageStaging::another_files_staged_copy_is_left_alone_data()

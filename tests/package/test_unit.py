@@ -26,7 +26,7 @@ REQUIRED = {
     "StateDirectory": ["bramd"],
     "DevicePolicy": ["closed"],
     "DeviceAllow": ["/dev/marshhopper rw"],
-    "CapabilityBoundingSet": ["CAP_CHOWN CAP_DAC_OVERRIDE CAP_FOWNER CAP_SETUID"],
+    "CapabilityBoundingSet": ["CAP_CHOWN CAP_DAC_OVERRIDE CAP_FOWNER CAP_SETGID CAP_SETUID"],
     "RestrictAddressFamilies": ["AF_UNIX"],
     "SystemCallFilter": ["@system-service", "~@resources @keyring @memlock"],
     # With these it would be blind to its callers, to their files, and to the runtime's device; and

@@ -36,7 +36,7 @@ def test_the_daemon_is_in_the_sandbox(phone):
     status = dict(line.split(":\t", 1) for line
                   in Path(f"/proc/{phone.daemon.pid}/status").read_text("ascii").splitlines())
     assert status["Seccomp"].strip() == "2"
-    assert int(status["CapBnd"], 16) == 1 << 0 | 1 << 1 | 1 << 3 | 1 << 7
+    assert int(status["CapBnd"], 16) == 1 << 0 | 1 << 1 | 1 << 3 | 1 << 6 | 1 << 7
     # /usr/bin/invoker may be set-group-id.
     assert status["NoNewPrivs"].strip() == "0"
 
