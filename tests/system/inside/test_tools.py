@@ -3,7 +3,7 @@
 import pytest
 
 from bramctl import NO_RUNTIME, REFUSED, UNREACHABLE, Answer
-from hostfiles import APPLICATIONS, DOWNLOADS, entries, traces
+from hostfiles import APPLICATIONS, DOWNLOADS, ICONS, entries, traces
 from launches import started_intents
 from phone.waiting import wait_for
 
@@ -155,8 +155,17 @@ def test_each_tells_that_the_runtime_is_masked(phone, masked):
     assert phone.unit.state() == "inactive"
 
 
-def test_the_doctor_finds_a_healthy_phone_healthy(phone):
+def test_the_doctor_tells_a_healthy_phone_from_another(phone):
     start_runtime(phone)
     install(phone, "papertrail")
     wait_for_entries(5)
-    bramctl("doctor").done()
+    bramctl("doctor").done("All is well.")
+    icon = next(ICONS.glob("bramd_launcher_*.png"))
+    content = icon.read_bytes()
+    icon.unlink()
+    try:
+        answer = bramctl("doctor")
+    finally:
+        icon.write_bytes(content)
+    assert answer.status == REFUSED, answer
+    assert "has no icon" in answer.out, answer
