@@ -29,6 +29,8 @@ void CallStack::onCompleted()
     if (m_unconfirmed.empty())
         return;
     OutgoingCall *call = m_unconfirmed.front();
+    if (call != nullptr && !isTaken(*call))
+        return;
     m_unconfirmed.pop_front();
     if (call != nullptr && call->oneWay)
         call->done = true;
@@ -36,7 +38,7 @@ void CallStack::onCompleted()
 
 void CallStack::onAnswered(Status status, std::unique_ptr<IncomingData> reply)
 {
-    if (m_waiting.empty() || m_waiting.back()->done)
+    if (m_waiting.empty() || m_waiting.back()->done || !isTaken(*m_waiting.back()))
         return;
     OutgoingCall *call = m_waiting.back();
     call->done = true;

@@ -12,6 +12,7 @@ namespace Binder {
 /// One outgoing call that this process waits for.
 struct OutgoingCall
 {
+    quint64 commandEnd = 0; ///< of its command, in all the bytes that were ever queued
     bool oneWay = false;
     bool done = false;
     Status status = StatusOk;
@@ -34,12 +35,19 @@ public:
     /// A reply to an incoming call has been queued.
     void replySent();
 
+    /// The driver has taken so many bytes of commands. What it returns is about these: a failure
+    /// that it still had to tell keeps it from taking what came later.
+    void onTaken(quint64 bytes) { m_bytesTaken = bytes; }
+
     void onCompleted();
     void onAnswered(Status status, std::unique_ptr<IncomingData> reply);
 
 private:
+    bool isTaken(const OutgoingCall &call) const { return call.commandEnd <= m_bytesTaken; }
+
     std::vector<OutgoingCall *> m_waiting;
     std::deque<OutgoingCall *> m_unconfirmed; // null: a reply
+    quint64 m_bytesTaken = 0;
 };
 
 } // namespace Binder

@@ -88,6 +88,7 @@ std::size_t Channel::exchange(char *buffer, std::size_t size)
 
     // valid also when nothing could be read: what was taken must never be written again
     m_commands.consume(exchange.write_consumed);
+    m_bytesTaken += exchange.write_consumed;
     if (error != 0 && error != -EAGAIN && error != -EINTR)
         lose(-error);
     return exchange.read_consumed;

@@ -34,6 +34,10 @@ public:
 
     bool hasCommands() const { return !m_commands.isEmpty(); }
 
+    /// How many bytes of commands have been queued so far, and how many of them the driver took.
+    quint64 bytesQueued() const { return m_bytesTaken + m_commands.size(); }
+    quint64 bytesTaken() const { return m_bytesTaken; }
+
     /// Writes the commands without reading. The driver leaves what follows a failed transaction
     /// until the failure has been read; such commands stay queued.
     void flush();
@@ -56,6 +60,7 @@ private:
     QByteArray m_device;
     std::unique_ptr<Driver> m_driver;
     CommandBuffer m_commands;
+    quint64 m_bytesTaken = 0;
     bool m_lost = false;
 };
 

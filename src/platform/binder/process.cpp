@@ -163,6 +163,7 @@ Status Process::transact(Handle target, quint32 code, quint32 flags, const Outgo
     OutgoingCall call;
     call.oneWay = (flags & FlagOneWay) != 0;
     m_channel->queue(BC_TRANSACTION, transaction);
+    call.commandEnd = m_channel->bytesQueued();
     m_calls.begin(&call);
     {
         const Counted busy(&m_busy);
@@ -240,6 +241,7 @@ bool Process::readOnce()
         onLost();
         return false;
     }
+    m_calls.onTaken(m_channel->bytesTaken());
     ReturnStream returns(buffer, size);
     dispatch(returns);
     return size > 0;

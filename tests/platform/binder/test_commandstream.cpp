@@ -38,6 +38,7 @@ private Q_SLOTS:
     void completionsGoToWhatWasSentFirst();
     void answersGoToTheInnermostCall();
     void aCallThatFailedAtOnceIsNotConfirmed();
+    void nothingIsSaidOfACallThatTheDriverHasNotTaken();
 
     void retriesSlowDownAfterAMinute();
 };
@@ -172,6 +173,38 @@ void TestCommandStream::aCallThatFailedAtOnceIsNotConfirmed()
     calls.onCompleted();
     QVERIFY(next.done);
     calls.end(&next);
+}
+
+void TestCommandStream::nothingIsSaidOfACallThatTheDriverHasNotTaken()
+{
+    CallStack calls;
+    OutgoingCall call;
+    call.commandEnd = 68;
+    OutgoingCall oneWay;
+    oneWay.oneWay = true;
+    oneWay.commandEnd = 136;
+    calls.begin(&call);
+
+    // the failure of an earlier command, which kept the driver from taking this one
+    calls.onTaken(67);
+    calls.onAnswered(StatusFailedTransaction, nullptr);
+    calls.onCompleted();
+    QVERIFY(!call.done);
+
+    calls.onTaken(68);
+    calls.onCompleted();
+    calls.onAnswered(StatusDeadObject, nullptr);
+    QVERIFY(call.done);
+    QCOMPARE(call.status, StatusDeadObject);
+    calls.end(&call);
+
+    calls.begin(&oneWay);
+    calls.onCompleted();
+    QVERIFY(!oneWay.done);
+    calls.onTaken(136);
+    calls.onCompleted();
+    QVERIFY(oneWay.done);
+    calls.end(&oneWay);
 }
 
 void TestCommandStream::retriesSlowDownAfterAMinute()
