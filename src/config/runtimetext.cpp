@@ -8,6 +8,8 @@ namespace RuntimeText {
 
 namespace {
 
+constexpr int MaxExcerpt = 255;
+
 bool breaksLines(QChar character)
 {
     return character.category() == QChar::Other_Control || character == QChar::LineSeparator ||
@@ -44,6 +46,11 @@ QString singleLine(QString text)
             text[position] = QChar::ReplacementCharacter;
     }
     return text;
+}
+
+QString excerpt(const QString &text)
+{
+    return text.left(MaxExcerpt);
 }
 
 bool isUsableName(const QString &name)

@@ -12,6 +12,10 @@ namespace RuntimeText {
 /// value reads back as it was set.
 QString singleLine(QString text);
 
+/// Enough of a text to know it by in a line of the log: whoever sent it may have sent a million
+/// letters.
+QString excerpt(const QString &text);
+
 /// Whether a package or class name is one by Android's rules for names in apps: not empty, and of
 /// letters, digits and "_", "$", ".", "-" only, beyond ASCII of anything but blanks, marks without
 /// a shape and what singleLine() replaces. Such a name can stand in the name of a file, in a line,

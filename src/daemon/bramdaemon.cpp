@@ -1,6 +1,7 @@
 #include "daemon/bramdaemon.h"
 
 #include "config/daemonconfig.h"
+#include "config/runtimetext.h"
 #include "daemon/appdatausage.h"
 #include "daemon/bramdaemonadaptor.h"
 #include "daemon/intents.h"
@@ -108,6 +109,8 @@ bool BramDaemon::installFile(const QString &filename, PackageSource source)
     }
 
     startRuntime();
+    if (!isRoomForPackageRequest(filename))
+        return false;
     m_staging.prepare();
     const QString staged = m_staging.stage(filename, caller.reads);
     if (staged.isNull())
@@ -146,6 +149,8 @@ bool BramDaemon::removeFile(const QString &filename)
     }
 
     startRuntime();
+    if (!isRoomForPackageRequest(filename))
+        return false;
     const QString entryPackage = m_desktopManager.packageOfDesktopFile(filename);
     const QString package = packageForm(entryPackage.isEmpty() ? filename : entryPackage);
     const PackageMod request{package, false, true};
@@ -243,8 +248,8 @@ void BramDaemon::launchApp(const QString &packageName)
         return;
     }
     qCDebug(daemonLog) << "Starting Umbra to launch" << packageName;
-    publishRuntimeStarting(packageName);
-    m_launches.append(packageName);
+    if (m_launches.add(packageName))
+        publishRuntimeStarting(packageName);
 }
 
 void BramDaemon::share(const QVariantMap &shareActionConfiguration)
@@ -337,6 +342,15 @@ bool BramDaemon::isRuntimeReady() const
     return m_packageManager.isConnected() && UmbraServiceMonitor::instance()->isConnected();
 }
 
+bool BramDaemon::isRoomForPackageRequest(const QString &filename) const
+{
+    if (isRuntimeReady() || !m_packageRequests.isFull())
+        return true;
+    qCCritical(daemonLog) << "Too many requests wait for the runtime, refusing:"
+                          << RuntimeText::excerpt(filename);
+    return false;
+}
+
 // Which of the two connections comes up last is for the runtime to decide: whoever finds both up
 // gets here, so that nothing that was accepted is stranded.
 void BramDaemon::releaseRequests()
@@ -352,7 +366,8 @@ void BramDaemon::releaseRequests()
 
 void BramDaemon::queueIntent(const Intent &intent)
 {
-    m_intents.add(intent);
+    if (!m_intents.add(intent))
+        return;
     if (m_activityManager.isConnected())
         startIntents();
     else

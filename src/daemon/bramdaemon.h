@@ -6,6 +6,7 @@
 #include "daemon/packagerequests.h"
 #include "daemon/packagestaging.h"
 #include "daemon/partnerspace.h"
+#include "daemon/waitinglist.h"
 #include "interface/androidversiondata.h"
 #include "interface/appsizeinfo.h"
 #include "launcher/apkmanager.h"
@@ -98,6 +99,7 @@ private:
     void registerOnBus();
     void startRuntime();
     bool isRuntimeReady() const;
+    bool isRoomForPackageRequest(const QString &filename) const;
     void releaseRequests();
     void queueIntent(const Intent &intent);
     void startIntents();
@@ -116,7 +118,7 @@ private:
     ServiceController *m_serviceController;
     const DaemonConfig *m_config;
     PackageRequests m_packageRequests;
-    QStringList m_launches; // packages to launch once the runtime is ready
+    WaitingList<QString> m_launches; // packages to launch once the runtime is ready
     IntentQueue m_intents;
 
     AccountsDevicePolicy m_devicePolicy;

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "binder/intent.h"
-
-#include <QVector>
+#include "daemon/waitinglist.h"
 
 #include <functional>
 
@@ -10,13 +9,14 @@
 class IntentQueue
 {
 public:
-    void add(const Intent &intent) { m_waiting.append(intent); }
+    /// False, with a warning now and then, when too many wait already.
+    bool add(const Intent &intent) { return m_waiting.add(intent); }
 
     /// Hands each intent to `start`, in order and one at a time, those included that are added
     /// meanwhile. A call from inside `start` does nothing: the outer one gets there.
     void workThrough(const std::function<void(const Intent &)> &start);
 
 private:
-    QVector<Intent> m_waiting;
+    WaitingList<Intent> m_waiting;
     bool m_busy = false;
 };

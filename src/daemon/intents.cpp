@@ -1,6 +1,7 @@
 #include "daemon/intents.h"
 
 #include "config/daemonconfig.h"
+#include "config/runtimetext.h"
 #include "platform/host/logging.h"
 
 namespace Intents {
@@ -29,7 +30,8 @@ QUrl runtimeUrl(const QString &location)
     QUrl url = DaemonConfig::toAndroidUrl(location);
     if (!url.isValid()) {
         // Unset: the runtime would be handed a URL that nothing can open.
-        qCWarning(daemonLog) << "Neither a path nor a URL, left out:" << location;
+        qCWarning(daemonLog) << "Neither a path nor a URL, left out:"
+                             << RuntimeText::excerpt(location);
         return QUrl();
     }
     return url;
@@ -67,7 +69,8 @@ Intent appSettings(const QString &packageName)
     intent.data.setScheme(QStringLiteral("package"));
     intent.data.setPath(packageName);
     if (!intent.data.isValid()) {
-        qCWarning(daemonLog) << "Cannot be a package name, left out:" << packageName;
+        qCWarning(daemonLog) << "Cannot be a package name, left out:"
+                             << RuntimeText::excerpt(packageName);
         intent.data.clear();
     }
     return intent;

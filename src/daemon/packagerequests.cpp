@@ -1,9 +1,6 @@
 #include "daemon/packagerequests.h"
 
-void PackageRequests::add(const PackageMod &request)
-{
-    m_pending.append(request);
-}
+#include <QVector>
 
 void PackageRequests::release(const std::function<void(const PackageMod &)> &handOver)
 {

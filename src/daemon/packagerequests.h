@@ -1,8 +1,7 @@
 #pragma once
 
 #include "daemon/packagemod.h"
-
-#include <QVector>
+#include "daemon/waitinglist.h"
 
 #include <functional>
 
@@ -11,12 +10,16 @@
 class PackageRequests
 {
 public:
-    void add(const PackageMod &request);
+    /// Whether another one would be refused.
+    bool isFull() const { return m_pending.isFull(); }
+
+    /// False, with a warning now and then, when too many wait already.
+    bool add(const PackageMod &request) { return m_pending.add(request); }
 
     /// Empties the list: hands each request over, oldest first, but only the first of several
     /// equal ones. A request that is added meanwhile is handed over too.
     void release(const std::function<void(const PackageMod &)> &handOver);
 
 private:
-    QVector<PackageMod> m_pending;
+    WaitingList<PackageMod> m_pending;
 };

@@ -1,5 +1,6 @@
 #include "daemon/sharerequest.h"
 
+#include "config/runtimetext.h"
 #include "daemon/intents.h"
 #include "daemon/plainvalue.h"
 #include "platform/host/logging.h"
@@ -73,7 +74,7 @@ void addTarget(Intent &intent, const QString &methodId)
     // not null, and would find none behind it.
     if (parts.size() < 2 || parts.first().isEmpty()) {
         qCWarning(daemonLog) << "Sharing with no app in particular, methodId names none:"
-                             << methodId;
+                             << RuntimeText::excerpt(methodId);
         return;
     }
     intent.componentPackage = parts.at(0);

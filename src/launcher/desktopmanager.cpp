@@ -19,25 +19,21 @@
 
 namespace {
 
-/// Enough of a name to know it by: the runtime may send one of a million letters.
-QString shortened(const QString &name)
-{
-    return name.left(255);
-}
-
 /// Whether the announcement can have files; if not, says why.
 bool isUsable(const ApkLauncher &launcher)
 {
     if (!RuntimeText::isUsableName(launcher.packageName) ||
         !RuntimeText::isUsableName(launcher.className)) {
         qCWarning(launcherLog) << "Dropping launcher with unusable name:"
-                               << shortened(launcher.packageName) << shortened(launcher.className);
+                               << RuntimeText::excerpt(launcher.packageName)
+                               << RuntimeText::excerpt(launcher.className);
         return false;
     }
     const QString fileName = QFileInfo(LauncherPaths::desktopFile(launcher)).fileName();
     if (fileName.toUtf8().size() > PublicFile::maxNameBytes()) {
         qCWarning(launcherLog) << "Dropping launcher whose name is too long for a file:"
-                               << shortened(launcher.packageName) << shortened(launcher.className);
+                               << RuntimeText::excerpt(launcher.packageName)
+                               << RuntimeText::excerpt(launcher.className);
         return false;
     }
     return true;

@@ -13,6 +13,7 @@ private Q_SLOTS:
     void keepsEverythingElse();
     void replacesHalvesOfPairs_data();
     void replacesHalvesOfPairs();
+    void quotesTheBeginningOfLongTexts();
     void tellsUsableNames_data();
     void tellsUsableNames();
 };
@@ -83,6 +84,13 @@ void RuntimeTextTest::replacesHalvesOfPairs()
 
     QCOMPARE(RuntimeText::singleLine(text), line);
     QVERIFY(!RuntimeText::isUsableName(text));
+}
+
+void RuntimeTextTest::quotesTheBeginningOfLongTexts()
+{
+    QCOMPARE(RuntimeText::excerpt(QStringLiteral("a.b")), QStringLiteral("a.b"));
+    QCOMPARE(RuntimeText::excerpt(QString(1000000, QLatin1Char('a'))),
+             QString(255, QLatin1Char('a')));
 }
 
 void RuntimeTextTest::tellsUsableNames_data()

@@ -43,6 +43,7 @@ private Q_SLOTS:
     void data_that_does_not_parse_leaves_the_rest_of_the_intent();
     void app_settings_point_at_the_package_data();
     void app_settings_point_at_the_package();
+    void app_settings_of_what_no_url_can_hold_name_no_app_data();
     void app_settings_of_what_no_url_can_hold_name_no_app();
     void licenses_are_a_page_of_the_settings();
 };
@@ -185,6 +186,7 @@ void TestIntents::a_location_that_does_not_parse_is_left_out_with_a_warning_data
     QTest::newRow("blank in the host") << QStringLiteral("https://exa mple.org/");
     QTest::newRow("scheme that starts with a digit") << QStringLiteral("1a:b");
     QTest::newRow("only a colon") << QStringLiteral(":");
+    QTest::newRow("very long") << QString(1000000, QLatin1Char(':'));
 }
 
 void TestIntents::a_location_that_does_not_parse_is_left_out_with_a_warning()
@@ -192,9 +194,9 @@ void TestIntents::a_location_that_does_not_parse_is_left_out_with_a_warning()
     QFETCH(QString, location);
 
     QCOMPARE(Intents::runtimeUrl(location), QUrl());
-    QCOMPARE(
-        takeLog(QtWarningMsg, QStringLiteral("com.corvo.bramd.daemon")),
-        QStringList({QStringLiteral("Neither a path nor a URL, left out: \"%1\"").arg(location)}));
+    QCOMPARE(takeLog(QtWarningMsg, QStringLiteral("com.corvo.bramd.daemon")),
+             QStringList({QStringLiteral("Neither a path nor a URL, left out: \"%1\"")
+                              .arg(location.left(255))}));
 }
 
 void TestIntents::data_that_does_not_parse_leaves_the_rest_of_the_intent()
@@ -244,16 +246,25 @@ void TestIntents::app_settings_point_at_the_package()
                           QStringLiteral("package 'com.android.settings'")}));
 }
 
+void TestIntents::app_settings_of_what_no_url_can_hold_name_no_app_data()
+{
+    QTest::addColumn<QString>("packageName");
+
+    QTest::newRow("short") << QStringLiteral("//x");
+    QTest::newRow("very long") << QString(1000000, QLatin1Char('/'));
+}
+
 void TestIntents::app_settings_of_what_no_url_can_hold_name_no_app()
 {
-    const QString packageName = QStringLiteral("//x");
+    QFETCH(QString, packageName);
 
     const Intent intent = Intents::appSettings(packageName);
 
     QCOMPARE(intent.data, QUrl());
     QCOMPARE(intent.package, QStringLiteral("com.android.settings"));
     QCOMPARE(takeLog(QtWarningMsg, QStringLiteral("com.corvo.bramd.daemon")),
-             QStringList({QStringLiteral("Cannot be a package name, left out: \"//x\"")}));
+             QStringList({QStringLiteral("Cannot be a package name, left out: \"%1\"")
+                              .arg(packageName.left(255))}));
 }
 
 void TestIntents::licenses_are_a_page_of_the_settings()

@@ -78,6 +78,9 @@ void TestShareRequest::a_method_that_names_no_app_gives_an_intent_without_target
                              << text("\"\"");
     QTest::newRow("no map") << QVariant(text("a/b")) << text("\"\"");
     QTest::newRow("empty map") << QVariant(QVariantMap()) << text("\"\"");
+    QTest::newRow("very long")
+        << QVariant(QVariantMap{{text("methodId"), QString(1000000, QLatin1Char('a'))}})
+        << QLatin1Char('"') + QString(255, QLatin1Char('a')) + QLatin1Char('"');
 }
 
 void TestShareRequest::a_method_that_names_no_app_gives_an_intent_without_target()

@@ -1,0 +1,79 @@
+#include "daemon/requestsize.h"
+
+#include "binder/intent.h"
+#include "daemon/packagemod.h"
+
+#include <QDBusArgument>
+#include <QDBusVariant>
+
+namespace {
+
+/// Of anything that is not mostly text.
+constexpr qint64 SmallSize = 64;
+
+/// A value that is still as the bus sent it keeps its whole message, which may be as large as the
+/// bus lets it be; no more than this of it could ever get to the runtime.
+constexpr qint64 UnreadSize = qint64(4) * 1024 * 1024;
+
+qint64 sizeOf(const QString &text)
+{
+    return SmallSize + text.size() * static_cast<qint64>(sizeof(QChar));
+}
+
+qint64 sizeOf(const QVariant &value)
+{
+    qint64 size = SmallSize;
+    if (value.userType() == qMetaTypeId<QDBusArgument>())
+        return UnreadSize;
+    if (value.userType() == qMetaTypeId<QDBusVariant>())
+        return sizeOf(value.value<QDBusVariant>().variant());
+    switch (value.userType()) {
+    case QMetaType::QString:
+    case QMetaType::QUrl:
+        return sizeOf(value.toString());
+    case QMetaType::QByteArray:
+        return size + value.toByteArray().size();
+    case QMetaType::QStringList: {
+        const QStringList texts = value.toStringList();
+        for (const QString &text : texts)
+            size += sizeOf(text);
+        return size;
+    }
+    case QMetaType::QVariantList: {
+        const QVariantList elements = value.toList();
+        for (const QVariant &element : elements)
+            size += sizeOf(element);
+        return size;
+    }
+    case QMetaType::QVariantMap: {
+        const QVariantMap entries = value.toMap();
+        for (auto entry = entries.begin(); entry != entries.end(); ++entry)
+            size += sizeOf(entry.key()) + sizeOf(entry.value());
+        return size;
+    }
+    }
+    return size;
+}
+
+} // namespace
+
+qint64 requestSize(const QString &packageName)
+{
+    return sizeOf(packageName);
+}
+
+qint64 requestSize(const PackageMod &request)
+{
+    return sizeOf(request.path);
+}
+
+// Selectors and clips are in no intent of the daemon's making.
+qint64 requestSize(const Intent &intent)
+{
+    qint64 size = sizeOf(QVariant(intent.data)) + sizeOf(QVariant(intent.categories)) +
+                  sizeOf(QVariant(intent.extras));
+    for (const QString *text : {&intent.action, &intent.type, &intent.package,
+                                &intent.componentPackage, &intent.componentClass})
+        size += sizeOf(*text);
+    return size;
+}

@@ -1,0 +1,24 @@
+#include "daemon/waitinglist.h"
+
+#include "platform/host/logging.h"
+
+bool WaitingLimit::enter(qint64 bytes)
+{
+    if (isFull()) {
+        if (!m_fullTold)
+            qCWarning(daemonLog) << "Too many requests wait for the runtime, dropping new ones";
+        m_fullTold = true;
+        return false;
+    }
+    ++m_requests;
+    m_bytes += bytes;
+    return true;
+}
+
+void WaitingLimit::leave(qint64 bytes)
+{
+    --m_requests;
+    m_bytes -= bytes;
+    if (m_requests == 0)
+        m_fullTold = false;
+}

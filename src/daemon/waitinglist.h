@@ -1,0 +1,55 @@
+#pragma once
+
+#include "daemon/requestsize.h"
+
+#include <QVector>
+
+/// How much may wait for the runtime in one list. Every program of the host can make requests, and
+/// a runtime that does not start would have them all wait, so there is a limit that no user gets
+/// to; requests beyond it are not accepted.
+class WaitingLimit
+{
+public:
+    static constexpr int MaxRequests = 4096;
+    static constexpr qint64 MaxBytes = qint64(16) * 1024 * 1024;
+
+    bool isFull() const { return m_requests >= MaxRequests || m_bytes >= MaxBytes; }
+
+protected:
+    /// False when the list is full, with one warning until it is empty again.
+    bool enter(qint64 bytes);
+    void leave(qint64 bytes);
+
+private:
+    int m_requests = 0;
+    qint64 m_bytes = 0;
+    bool m_fullTold = false;
+};
+
+/// Requests that wait for the runtime, oldest first. They live in memory only.
+template <typename Request>
+class WaitingList : public WaitingLimit
+{
+public:
+    bool isEmpty() const { return m_requests.isEmpty(); }
+    int size() const { return m_requests.size(); }
+
+    /// False, with a warning now and then, when the request is not accepted.
+    bool add(const Request &request)
+    {
+        if (!enter(requestSize(request)))
+            return false;
+        m_requests.append(request);
+        return true;
+    }
+
+    Request takeFirst()
+    {
+        const Request request = m_requests.takeFirst();
+        leave(requestSize(request));
+        return request;
+    }
+
+private:
+    QVector<Request> m_requests;
+};

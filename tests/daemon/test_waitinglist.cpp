@@ -1,0 +1,165 @@
+#include "binder/intent.h"
+#include "daemon/intentqueue.h"
+#include "daemon/packagerequests.h"
+#include "daemon/waitinglist.h"
+#include "support/testcase.h"
+
+#include <QDBusArgument>
+#include <QDBusVariant>
+#include <QtTest>
+
+#include <functional>
+
+Q_DECLARE_METATYPE(Intent)
+
+namespace {
+
+const QString Full = QStringLiteral("Too many requests wait for the runtime, dropping new ones");
+constexpr int Megabyte = 1024 * 1024;
+
+QString megabyte()
+{
+    return QString(Megabyte / int{sizeof(QChar)}, QLatin1Char('a'));
+}
+
+/// How many of a kind a list takes.
+template <typename List, typename Request>
+int accepted(List &list, const Request &request)
+{
+    int count = 0;
+    while (list.add(request))
+        ++count;
+    return count;
+}
+
+} // namespace
+
+/// What waits for a runtime that does not come.
+class TestWaitingList : public TestCase
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void hands_out_in_order();
+    void takes_a_limited_number();
+    void has_room_again();
+    void takes_a_limited_size_data();
+    void takes_a_limited_size();
+    void counts_what_cannot_be_read_as_large();
+    void package_requests_are_limited();
+    void intents_are_limited();
+};
+
+void TestWaitingList::hands_out_in_order()
+{
+    WaitingList<QString> list;
+    QVERIFY(list.isEmpty());
+    list.add(QStringLiteral("a"));
+    list.add(QStringLiteral("b"));
+
+    QCOMPARE(list.takeFirst(), QStringLiteral("a"));
+    QCOMPARE(list.size(), 1);
+    QCOMPARE(list.takeFirst(), QStringLiteral("b"));
+    QVERIFY(list.isEmpty());
+}
+
+void TestWaitingList::takes_a_limited_number()
+{
+    WaitingList<QString> list;
+    QCOMPARE(accepted(list, QStringLiteral("a")), WaitingLimit::MaxRequests);
+    QVERIFY(list.isFull());
+    QVERIFY(!list.add(QStringLiteral("b")));
+
+    QCOMPARE(takeLog(QtWarningMsg), QStringList(Full));
+}
+
+void TestWaitingList::has_room_again()
+{
+    WaitingList<QString> list;
+    const int most = accepted(list, megabyte());
+    list.takeFirst();
+    QVERIFY(!list.isFull());
+    QCOMPARE(accepted(list, megabyte()), 1);
+    QCOMPARE(takeLog(QtWarningMsg), QStringList(Full)); // is still full for whoever reads the log
+
+    while (!list.isEmpty())
+        list.takeFirst();
+    QCOMPARE(accepted(list, megabyte()), most);
+    QCOMPARE(takeLog(QtWarningMsg), QStringList(Full));
+}
+
+void TestWaitingList::takes_a_limited_size_data()
+{
+    QTest::addColumn<Intent>("intent");
+
+    const auto row = [](const char *name, const std::function<void(Intent &)> &fill) {
+        Intent intent;
+        fill(intent);
+        QTest::newRow(name) << intent;
+    };
+    const auto extra = [&row](const char *name, const QVariant &value) {
+        row(name, [&value](Intent &intent) { intent.extras.insert(QStringLiteral("k"), value); });
+    };
+    const auto dataUrl = QUrl(QStringLiteral("data:") + megabyte());
+    const QVariantMap inner{{QStringLiteral("k"), megabyte()}};
+    row("action", [](Intent &intent) { intent.action = megabyte(); });
+    row("data", [&dataUrl](Intent &intent) { intent.data = dataUrl; });
+    row("type", [](Intent &intent) { intent.type = megabyte(); });
+    row("package", [](Intent &intent) { intent.package = megabyte(); });
+    row("component's package", [](Intent &intent) { intent.componentPackage = megabyte(); });
+    row("component's class", [](Intent &intent) { intent.componentClass = megabyte(); });
+    row("category", [](Intent &intent) { intent.categories = QStringList(megabyte()); });
+    row("name of an extra", [](Intent &intent) { intent.extras.insert(megabyte(), 1); });
+    extra("text", megabyte());
+    extra("texts", QStringList({QString(), megabyte()}));
+    extra("URLs", QVariantList({QUrl(), dataUrl}));
+    extra("bytes", QByteArray(Megabyte, 'a'));
+    extra("map", inner);
+    extra("wrapped", QVariant::fromValue(QDBusVariant(megabyte())));
+    extra("numbers", QVariantList(QVector<QVariant>(Megabyte / 64, 7).toList()));
+}
+
+void TestWaitingList::takes_a_limited_size()
+{
+    QFETCH(Intent, intent);
+    WaitingList<Intent> list;
+
+    QCOMPARE(accepted(list, intent), int{WaitingLimit::MaxBytes / Megabyte});
+    QCOMPARE(takeLog(QtWarningMsg), QStringList(Full));
+}
+
+void TestWaitingList::counts_what_cannot_be_read_as_large()
+{
+    Intent intent;
+    intent.extras.insert(QStringLiteral("k"), QVariant::fromValue(QDBusArgument()));
+    WaitingList<Intent> list;
+
+    QCOMPARE(accepted(list, intent), 4);
+    QCOMPARE(takeLog(QtWarningMsg), QStringList(Full));
+}
+
+void TestWaitingList::package_requests_are_limited()
+{
+    PackageRequests requests;
+    QVERIFY(!requests.isFull());
+    QCOMPARE(accepted(requests, PackageMod{megabyte(), true, false}),
+             int{WaitingLimit::MaxBytes / Megabyte});
+    QVERIFY(requests.isFull());
+    QCOMPARE(takeLog(QtWarningMsg), QStringList(Full));
+
+    requests.release([](const PackageMod &) {});
+    QVERIFY(!requests.isFull());
+}
+
+void TestWaitingList::intents_are_limited()
+{
+    IntentQueue queue;
+    QCOMPARE(accepted(queue, Intent()), WaitingLimit::MaxRequests);
+    QCOMPARE(takeLog(QtWarningMsg), QStringList(Full));
+
+    queue.workThrough([](const Intent &) {});
+    QVERIFY(queue.add(Intent()));
+}
+
+QTEST_GUILESS_MAIN(TestWaitingList)
+#include "test_waitinglist.moc"
