@@ -1,9 +1,9 @@
 #include "daemon/bramdaemon.h"
 
 #include "config/daemonconfig.h"
-#include "config/runtimetext.h"
 #include "daemon/appdatausage.h"
 #include "daemon/bramdaemonadaptor.h"
+#include "daemon/installrequest.h"
 #include "daemon/intents.h"
 #include "daemon/notices.h"
 #include "daemon/packageform.h"
@@ -50,6 +50,8 @@ void BramDaemon::connectSignals()
             &DesktopManager::onRemovePackage);
     connect(&m_apkManager, &ApkManager::launchersComplete, &m_desktopManager,
             &DesktopManager::onLaunchersComplete);
+    connect(m_serviceController, &ServiceController::serviceStateChanged, this,
+            &BramDaemon::onServiceStateChanged);
     connect(UmbraServiceMonitor::instance(), &UmbraServiceMonitor::connectionChanged, this,
             &BramDaemon::onUmbraServiceAvailable);
     connect(&m_packageManager, &UmbraPackageManager::connectionChanged, this,
@@ -109,7 +111,7 @@ bool BramDaemon::installFile(const QString &filename, PackageSource source)
     }
 
     startRuntime();
-    if (!isRoomForPackageRequest(filename))
+    if (!isRuntimeReady() && !m_packageRequests.hasRoomFor(filename))
         return false;
     m_staging.prepare();
     const QString staged = m_staging.stage(filename, caller.reads);
@@ -118,7 +120,7 @@ bool BramDaemon::installFile(const QString &filename, PackageSource source)
     if (source == PackageSource::PartnerSpace)
         m_partnerSpace.mark(fileName(filename));
 
-    const PackageMod request{runtimePath(staged), true, isInstalledSilently(filename, source)};
+    const PackageMod request = installRequest(filename, staged, source, *m_config);
     qCDebug(daemonLog) << "Asking QRT to install:" << request.path;
     if (isRuntimeReady()) {
         triggerPackageMod(request);
@@ -149,7 +151,7 @@ bool BramDaemon::removeFile(const QString &filename)
     }
 
     startRuntime();
-    if (!isRoomForPackageRequest(filename))
+    if (!isRuntimeReady() && !m_packageRequests.hasRoomFor(filename))
         return false;
     const QString entryPackage = m_desktopManager.packageOfDesktopFile(filename);
     const QString package = packageForm(entryPackage.isEmpty() ? filename : entryPackage);
@@ -324,6 +326,14 @@ void BramDaemon::onPackageManagerAvailable(bool connected)
         releaseRequests();
 }
 
+void BramDaemon::onServiceStateChanged()
+{
+    // Not while it starts, which may be told again when it has begun to announce its apps.
+    const QString state = m_serviceController->serviceState();
+    if (state == QLatin1String("inactive") || state == QLatin1String("failed"))
+        m_desktopManager.onRuntimeEnded();
+}
+
 void BramDaemon::onActivityManagerAvailable(bool connected)
 {
     if (connected)
@@ -340,15 +350,6 @@ void BramDaemon::startRuntime()
 bool BramDaemon::isRuntimeReady() const
 {
     return m_packageManager.isConnected() && UmbraServiceMonitor::instance()->isConnected();
-}
-
-bool BramDaemon::isRoomForPackageRequest(const QString &filename) const
-{
-    if (isRuntimeReady() || !m_packageRequests.isFull())
-        return true;
-    qCCritical(daemonLog) << "Too many requests wait for the runtime, refusing:"
-                          << RuntimeText::excerpt(filename);
-    return false;
 }
 
 // Which of the two connections comes up last is for the runtime to decide: whoever finds both up
@@ -390,20 +391,6 @@ void BramDaemon::publishRuntimeStarting(const QString &packageName)
     QString text = qtTrId("bramd-launch_umbra_to_start_android_app");
     text.replace(QLatin1String("%1"), m_desktopManager.applicationName(packageName));
     publishNotification(text, false);
-}
-
-bool BramDaemon::isInstalledSilently(const QString &filename, PackageSource source) const
-{
-    if (source != PackageSource::File)
-        return true;
-    // An RPM package brought it: the user did not ask for this installation.
-    return filename == m_config->path(DaemonConfig::StagingPackagedDir) + fileName(filename);
-}
-
-QString BramDaemon::runtimePath(const QString &hostPath) const
-{
-    const QString dataRoot = m_config->path(DaemonConfig::DataRoot);
-    return hostPath.startsWith(dataRoot) ? hostPath.mid(dataRoot.size()) : hostPath;
 }
 
 void BramDaemon::removeHostPackage(const QString &package)

@@ -94,18 +94,16 @@ public Q_SLOTS:
     void onActivityManagerAvailable(bool connected);
 
 private:
+    void onServiceStateChanged();
     void connectSignals();
     void prepareStaging();
     void registerOnBus();
     void startRuntime();
     bool isRuntimeReady() const;
-    bool isRoomForPackageRequest(const QString &filename) const;
     void releaseRequests();
     void queueIntent(const Intent &intent);
     void startIntents();
     void publishRuntimeStarting(const QString &packageName);
-    bool isInstalledSilently(const QString &filename, PackageSource source) const;
-    QString runtimePath(const QString &hostPath) const;
     void removeHostPackage(const QString &package);
 
     ApkManager m_apkManager;

@@ -10,8 +10,8 @@
 class PackageRequests
 {
 public:
-    /// Whether another one would be refused.
-    bool isFull() const { return m_pending.isFull(); }
+    /// False, after one critical line, when a request about this file would be refused.
+    bool hasRoomFor(const QString &filename) const;
 
     /// False, with a warning now and then, when too many wait already.
     bool add(const PackageMod &request) { return m_pending.add(request); }

@@ -54,6 +54,12 @@ void AnnouncedActivities::drop(const ApkLauncher &launcher)
         activity->desktopFile.clear();
 }
 
+void AnnouncedActivities::dropAll()
+{
+    for (Activity &activity : m_activities)
+        activity.desktopFile.clear();
+}
+
 void AnnouncedActivities::removePackage(const QString &packageName)
 {
     removeIf(

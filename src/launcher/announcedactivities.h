@@ -32,6 +32,9 @@ public:
     /// files are there until then.
     void drop(const ApkLauncher &launcher);
 
+    /// The same for all of them.
+    void dropAll();
+
     void removePackage(const QString &packageName);
 
     /// The desktop entries to be kept.

@@ -129,6 +129,11 @@ void DesktopManager::onCreateLauncher(const ApkLauncher &launcher)
         Q_EMIT newApplicationInstalled(launcher);
 }
 
+void DesktopManager::onRuntimeEnded()
+{
+    m_announced.dropAll();
+}
+
 void DesktopManager::onRemovePackage(const QString &packageName)
 {
     qCDebug(launcherLog) << "onRemovePackage:" << packageName;

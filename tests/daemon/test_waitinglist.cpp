@@ -140,15 +140,19 @@ void TestWaitingList::counts_what_cannot_be_read_as_large()
 
 void TestWaitingList::package_requests_are_limited()
 {
+    const QString next = QStringLiteral("/next.apk");
     PackageRequests requests;
-    QVERIFY(!requests.isFull());
+    QVERIFY(requests.hasRoomFor(next));
     QCOMPARE(accepted(requests, PackageMod{megabyte(), true, false}),
              int{WaitingLimit::MaxBytes / Megabyte});
-    QVERIFY(requests.isFull());
     QCOMPARE(takeLog(QtWarningMsg), QStringList(Full));
+    QVERIFY(!requests.hasRoomFor(next));
+    QVERIFY(takeLogLine(QtCriticalMsg,
+                        QStringLiteral("Too many requests wait for the runtime, refusing: "
+                                       "\"/next.apk\"")));
 
     requests.release([](const PackageMod &) {});
-    QVERIFY(!requests.isFull());
+    QVERIFY(requests.hasRoomFor(next));
 }
 
 void TestWaitingList::intents_are_limited()

@@ -46,6 +46,17 @@ def test_a_stopped_runtime_is_let_go_and_held_again(phone, running):
     wait_until_it_works(phone, since)
 
 
+def test_an_app_that_goes_while_the_runtime_starts_leaves_the_host(phone, running):
+    """Before it has announced its apps, the runtime tells nobody of removals either."""
+    del running
+    install(phone)
+    wait_for(entries, "the desktop entry")
+    phone.stop_runtime()
+    forgive_deaths(phone)
+    assert phone.bramd.call("removeFile", "s", WEATHER) is True
+    wait_for(lambda: not traces(), lambda: f"the end of {traces()}", 20)
+
+
 def test_everything_is_let_go_when_the_unit_begins_to_stop(phone, running):
     del running
     log = phone.daemon.log

@@ -56,6 +56,7 @@ private Q_SLOTS:
     void removesTheOldEntryOfAnActivityThatChangedItsKind();
     void countsOnlyTheLastAnnouncementOfAClass();
     void keepsAnnouncementsOverACompletion();
+    void keepsWhatIsAnnouncedAgainAfterTheRuntimesEnd();
     void removesHandlersThatWereBlacklistedSince();
     void removesAllEntriesOfAPackage();
     void removesNothingOfAnUnknownPackage();
@@ -173,6 +174,20 @@ void DesktopRemovalTest::keepsAnnouncementsOverACompletion()
 
     QVERIFY(QFile::exists(entryPath(Launcher)));
     QCOMPARE(m_database->takeRuns(), QByteArray("-q\n-q\n"));
+}
+
+void DesktopRemovalTest::keepsWhatIsAnnouncedAgainAfterTheRuntimesEnd()
+{
+    m_manager->onCreateLauncher(launcher());
+    m_manager->onCreateLauncher(otherLauncher());
+    m_manager->onLaunchersComplete();
+
+    m_manager->onRuntimeEnded();
+    QVERIFY(QFile::exists(entryPath(Other))); // until it is known what the runtime still has
+    m_manager->onCreateLauncher(launcher());
+    m_manager->onLaunchersComplete();
+
+    QCOMPARE(m_manager->installedEntries(), QStringList(entryPath(Launcher)));
 }
 
 void DesktopRemovalTest::removesHandlersThatWereBlacklistedSince()
