@@ -8,7 +8,7 @@ import pytest
 from phone.daemon import SERVICE
 from phone.namespace import USER_ID
 
-from bramctl import DONE, NO_RUNTIME, REFUSED, UNREACHABLE, USAGE, bramctl
+from bramctl import DONE, NO_RUNTIME, NOT_CONFIRMED, REFUSED, UNREACHABLE, USAGE, bramctl
 from hostfiles import APPLICATIONS, ICONS, SETTINGS, download
 from tools import run as run_program
 
@@ -112,6 +112,9 @@ SENSELESS = [
     (["intent", "--extra-int", "a=b"], "--extra-int takes KEY=NUMBER"),
     (["help", "nonsense"], "There is no command “nonsense”."),
     (["launch", ""], "An argument is empty."),
+    (["share", "Hello", "--to", ""], "The value of --to is empty."),
+    (["intent"], "Nothing says what is to be started. “bramctl help intent”"),
+    (["intent", "--action", ""], "The value of --action is empty."),
 ]
 
 

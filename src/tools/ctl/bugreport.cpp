@@ -82,10 +82,9 @@ QString runtime(const HostState &host)
 QVector<Section> write(Context &context)
 {
     const HostState host = HostReader::read(context);
-    const Context::DaemonState daemon = context.daemonState();
     return {
-        {QStringLiteral("Versions"), versions(DaemonStatus::androidVersion(context, daemon))},
-        {QStringLiteral("bramd"), {DaemonStatus::text(daemon)}},
+        {QStringLiteral("Versions"), versions(host.daemonAnswer.android)},
+        {QStringLiteral("bramd"), {DaemonStatus::text(context.daemonState(), host.daemonAnswer)}},
         {QStringLiteral("Runtime"), {runtime(host)}},
         {QStringLiteral("Findings"), findings(host)},
         {QStringLiteral("Apps"), apps(host)},

@@ -32,6 +32,8 @@ QVector<Finding> examineServices(const HostState &host)
                          QStringLiteral("Look at “systemctl status bramd”; is the package bramd "
                                         "installed?")});
     }
+    if (host.daemonAnswer.isMissing())
+        findings.append({DaemonStatus::silence(), DaemonStatus::adviceOnSilence()});
     if (!host.runtimeImageThere) {
         findings.append({QStringLiteral("The Android runtime is not installed: there is no "
                                         "/opt/umbra/system.img."),

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tools/ctl/appentry.h"
+#include "tools/ctl/daemonstatus.h"
 #include "tools/ctl/sharetarget.h"
 
 #include <QByteArray>
@@ -22,6 +23,7 @@ struct HostState
 
     bool systemBusReachable = true;
     bool daemonKnown = true; ///< it runs, or the bus can start it
+    DaemonStatus::Answer daemonAnswer;
     bool callsPermitted = true;
     QString unitState;     ///< as systemd has it; empty when it is not known
     QString unitComplaint; ///< why it is not known, and what to do

@@ -92,7 +92,9 @@ HostState read(Context &context)
         host.unitState = unit.activeState;
         host.unitComplaint = unit.outcome.sentence;
         host.unitUnstartable = unit.isUnstartable;
-        host.callsPermitted = context.requirePermission().isDone();
+        host.daemonAnswer = DaemonStatus::ask(daemon);
+        host.callsPermitted = host.daemonAnswer.outcome.status != ExitStatus::Refused ||
+                              context.requirePermission().isDone();
     }
     host.sessionBusPath = sessionBusPath();
     host.sessionBusReachable = host.sessionBusPath.isEmpty() || answers(host.sessionBusPath);

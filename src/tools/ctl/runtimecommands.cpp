@@ -26,12 +26,12 @@ QJsonObject versionInJson(const AndroidVersionData &version)
             {QStringLiteral("securityPatch"), version.securityPatch}};
 }
 
-QStringList statusLines(Context::DaemonState daemonState, const RuntimeUnit::State &unit,
+QStringList statusLines(const QString &daemon, const RuntimeUnit::State &unit,
                         const AndroidVersionData &version, int apps)
 {
     const bool isKnown = unit.outcome.isDone();
     return TextTable::lines({
-        {QStringLiteral("bramd"), DaemonStatus::text(daemonState)},
+        {QStringLiteral("bramd"), daemon},
         {QStringLiteral("Runtime"),
          isKnown ? QStringLiteral("%1 (%2)").arg(unit.activeState, unit.subState)
                  : QStringLiteral("not known")},
@@ -52,7 +52,8 @@ Outcome status(const Invocation &invocation, Context &context)
         unit.outcome = context.requireDaemon();
     else
         unit = context.unit().read();
-    const AndroidVersionData version = DaemonStatus::androidVersion(context, daemonState);
+    const DaemonStatus::Answer answer = DaemonStatus::ask(daemonState);
+    const AndroidVersionData &version = answer.android;
     const int apps = AppEntries::appsOf(AppEntries::readAll()).size();
 
     const QJsonObject runtime{
@@ -61,18 +62,20 @@ Outcome status(const Invocation &invocation, Context &context)
         {QStringLiteral("atBoot"), unit.isEnabled()},
     };
     const QJsonObject object{
-        {QStringLiteral("daemon"), DaemonStatus::word(daemonState)},
+        {QStringLiteral("daemon"), DaemonStatus::word(daemonState, answer)},
         {QStringLiteral("runtime"), unit.outcome.isDone() ? runtime : QJsonValue()},
         {QStringLiteral("android"),
          version.sdkVersion == 0 ? QJsonValue() : QJsonValue(versionInJson(version))},
         {QStringLiteral("apps"), apps},
     };
     context.out().answer(invocation.has(QStringLiteral("--json")), object,
-                         statusLines(daemonState, unit, version, apps));
+                         statusLines(DaemonStatus::text(daemonState, answer), unit, version, apps));
 
     const Outcome daemon = context.requireDaemon();
     if (!daemon.isDone())
         return daemon;
+    if (answer.isMissing())
+        return answer.outcome;
     return unit.activeState == QLatin1String("failed") ? context.requireStartableRuntime()
                                                        : unit.outcome;
 }
@@ -100,11 +103,20 @@ Outcome autostart(const Invocation &invocation, Context &context)
     return UnitControl::setAutostart(context, invocation.arguments.first() == QLatin1String("on"));
 }
 
-Outcome version(const Invocation &invocation, Context &context)
+/// A daemon that does not run is started by the question, which takes its time.
+DaemonStatus::Answer askOrStart(Context &context)
 {
+    const Context::DaemonState state = context.daemonState();
+    if (state == Context::DaemonState::Running)
+        return DaemonStatus::ask(state);
     QDBusPendingReply<AndroidVersionData> reply = context.daemon().proxy().getAndroidVersionData();
     const Outcome outcome = context.daemon().finish(reply);
-    const AndroidVersionData android = outcome.isDone() ? reply.value() : AndroidVersionData();
+    return {outcome, outcome.isDone() ? reply.value() : AndroidVersionData()};
+}
+
+Outcome version(const Invocation &invocation, Context &context)
+{
+    const auto [outcome, android] = askOrStart(context);
     const bool isKnown = android.sdkVersion != 0;
 
     const QString ownVersion = QCoreApplication::applicationVersion();

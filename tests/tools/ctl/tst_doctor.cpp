@@ -93,6 +93,9 @@ void DoctorTest::findsServicesThatAreAway()
     host.daemonKnown = false;
     QVERIFY(finding(host).startsWith(QLatin1String("bramd does not run")));
     host = soundHost();
+    host.daemonAnswer.outcome.status = ExitStatus::NotConfirmed;
+    QCOMPARE(finding(host), QStringLiteral("bramd runs, but does not answer."));
+    host = soundHost();
     host.runtimeImageThere = false;
     QVERIFY(finding(host).contains(QLatin1String("/opt/umbra/system.img")));
     host = soundHost();
