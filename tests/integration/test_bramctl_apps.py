@@ -10,7 +10,7 @@ from phone.waiting import wait_for
 
 from bramctl import NO_RUNTIME, NOT_CONFIRMED, REFUSED, UNREACHABLE, bramctl, start
 from daemonsteps import BINDER
-from hostfiles import DOWNLOADS, entry_path
+from hostfiles import APPLICATIONS, DOWNLOADS, entry_path
 from launches import WEATHER, start_with_weather
 
 DELETE_CACHE_FILES, CLEAR_USER_DATA = 100, 101  # at SDK level 28
@@ -53,6 +53,8 @@ def test_data_is_cleared_when_the_user_agrees(phone, words, typed, cleared):
     assert (APP_DATA / "map").exists() is not cleared
     assert ("Cleared the data" in answer.out) is cleared
     assert ("It cannot be brought back" in answer.err) is (not words)
+    if not words:  # what is typed here shows on no terminal
+        assert answer.err.split("\n", 1)[0].endswith("brought back. [y/N] ")
 
 
 @pytest.mark.parametrize(("words", "what", "code"), [
@@ -82,6 +84,16 @@ def test_a_size_that_ends_early_is_not_shown(phone):
     start_with_weather(phone)
     phone.runtime.fault("storagestats", "short", value=8)
     bramctl("size", WEATHER).failed(NO_RUNTIME, f"tells nothing about {WEATHER}")
+
+
+def test_of_an_app_that_only_the_host_knows_nothing_is_shown(phone):
+    start_with_weather(phone)
+    (APPLICATIONS / "bramd_launcher_a_b-a_b_C.desktop").write_text(
+        "[Desktop Entry]\nX-bramd-packageName=a.b\n", encoding="utf-8")
+    for words in (["size"], ["clear-cache"], ["clear-data", "--yes"]):
+        answer = bramctl(*words, "a.b")
+        answer.failed(REFUSED, "The Android runtime does not know a.b")
+        assert answer.out == ""
 
 
 def test_of_several_sizes_the_first_failure_decides(phone):

@@ -62,6 +62,17 @@ Outcome list(const Invocation &invocation, Context &context)
     return {};
 }
 
+/// Whether an app may take as much. An app that the runtime does not know is answered with an
+/// error, whose text the daemon hands on read as figures, some of which are beyond anything that a
+/// phone can hold.
+bool isPossible(const AppSizeInfo &size)
+{
+    constexpr qint64 Most = Q_INT64_C(1) << 50;
+
+    const auto range = std::minmax({size.codeSize, size.dataSize, size.cacheSize});
+    return range.first >= 0 && range.second <= Most;
+}
+
 /// What an app takes. It also proves that bramd reaches the runtime, which for a while after the
 /// start of the unit it does not: bramd then drops requests without a word and answers with
 /// nothing, but no app takes nothing. Negative figures stand for an answer that ended early.
@@ -79,6 +90,12 @@ Outcome readSize(Context &context, const QString &package, AppSizeInfo &size)
                 QStringLiteral("The Android runtime tells nothing about %1. It may still be "
                                "starting: try again in a moment. “journalctl -u bramd” may tell "
                                "more.")
+                    .arg(package)};
+    }
+    if (!isPossible(size)) {
+        return {ExitStatus::Refused,
+                QStringLiteral("The Android runtime does not know %1, though the host lists it. "
+                               "“bramctl restart” has the runtime announce its apps anew.")
                     .arg(package)};
     }
     return {};

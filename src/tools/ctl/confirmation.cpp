@@ -5,6 +5,7 @@
 #include <QFile>
 
 #include <cstdio>
+#include <unistd.h>
 
 namespace Confirmation {
 
@@ -16,9 +17,12 @@ bool ask(const QString &question)
     fprintf(stderr, "%s [y/N] ", text.constData());
     fflush(stderr);
     QFile input;
-    if (!input.open(stdin, QIODevice::ReadOnly))
-        return false;
-    const QByteArray answer = input.readLine(MaxAnswer).trimmed().toLower();
+    const QByteArray typed =
+        input.open(stdin, QIODevice::ReadOnly) ? input.readLine(MaxAnswer) : QByteArray();
+    // A terminal shows the line break that ends an answer; nobody does for others.
+    if (!isatty(fileno(stdin)) || !typed.endsWith('\n'))
+        fputc('\n', stderr);
+    const QByteArray answer = typed.trimmed().toLower();
     return answer == "y" || answer == "yes";
 }
 
