@@ -137,6 +137,7 @@ def test_a_runtime_that_dies_ends_the_wait(phone):
 def test_an_app_that_is_not_there_is_not_removed(phone):
     phone.start_daemon()
     bramctl("remove", "org.example.nothing").failed(REFUSED, "bramctl list", "--unlisted")
+    bramctl("remove", "../..", "--unlisted").failed(REFUSED, "“../..” is no name of a package.")
     assert phone.unit.state() == "inactive"
 
 

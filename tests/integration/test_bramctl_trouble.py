@@ -19,14 +19,14 @@ APP = "org.example.weather"
 # Commands that ask the daemon for something.
 ASKING = [
     ["start"], ["stop"], ["restart"], ["autostart", "on"], ["install", "{apk}"],
-    ["install", "{apk}", "--wait"], ["remove", APP], ["launch", APP], ["intent"],
+    ["install", "{apk}", "--wait"], ["remove", APP], ["launch", APP], ["intent", "--package", APP],
     ["open-settings", APP], ["licenses"], ["share", "Hello", "--to", f"{APP}/x"], ["size", APP],
     ["usage"], ["clear-cache", APP], ["clear-data", APP, "--yes"], ["stop-app", APP],
     ["boot", APP], ["boot", APP, "on"], ["version"], ["status"],
 ]
 NEEDS_RUNNING = [["size", APP], ["clear-cache", APP], ["clear-data", APP, "--yes"],
                  ["stop-app", APP], ["boot", APP], ["boot", APP, "off"]]
-STARTS_IT = [["install", "{apk}"], ["remove", APP], ["launch", APP], ["intent"],
+STARTS_IT = [["install", "{apk}"], ["remove", APP], ["launch", APP], ["intent", "--package", APP],
              ["open-settings", APP], ["licenses"], ["share", "Hello", "--to", f"{APP}/x"]]
 
 
@@ -48,6 +48,24 @@ def test_without_a_bus(phone):
             UNREACHABLE, "The system bus cannot be reached", "systemctl status dbus")
     for words in (["list"], ["hidden"], ["targets"], ["help"], ["bugreport"]):
         assert run(words, DBUS_SYSTEM_BUS_ADDRESS="unix:path=/nowhere").status == DONE
+
+
+def test_with_a_daemon_that_hangs(phone):
+    phone.start_daemon()
+    phone.daemon.process.pause()
+    says = "bramd runs, but does not answer."
+    try:
+        answer = bramctl("status")
+        answer.failed(NOT_CONFIRMED, says, "systemctl restart bramd")
+        assert "running, but does not answer\n" in answer.out
+        assert bramctl("status", "--json").json()["daemon"] == "unresponsive"
+        bramctl("version").failed(NOT_CONFIRMED, says)
+        doctor = bramctl("doctor")
+        assert doctor.status == REFUSED
+        assert says in doctor.out
+        assert "running, but does not answer\n" in bramctl("bugreport").done().out
+    finally:
+        phone.daemon.process.go_on()
 
 
 def test_without_permission(phone):

@@ -90,6 +90,16 @@ def test_a_file_that_is_not_there_is_told_of(phone):
                  ENGLISH["bramd-install-no-file"])]
 
 
+@pytest.mark.parametrize(("words", "says"), [
+    ([], "A file is needed."), ([""], "An argument is empty."),
+    (["--bogus"], "There is no option --bogus;")])
+def test_a_senseless_call_is_refused_without_a_notice(phone, words, says):
+    result = open_apk(*words)
+    assert result.returncode == 2
+    assert complaint(result).startswith(says)
+    assert phone.notifications.notices() == []
+
+
 @needs_other_users
 @pytest.mark.phone(services=["notifications", "accounts"])
 def test_a_policy_that_forbids_it_is_told_of_and_the_first_notice_taken_back(phone):

@@ -33,7 +33,8 @@ QString takeOption(const Command &command, const QStringList &words, int &index,
         return QStringLiteral("The option %1 needs a value: %2.").arg(name, option->valueName);
     }
     values.append(separator < 0 ? words.at(++index) : word.mid(separator + 1));
-    return QString();
+    return values.last().isEmpty() ? QStringLiteral("The value of %1 is empty.").arg(name)
+                                   : QString();
 }
 
 QString checkNumberOfArguments(const Command &command, const QStringList &given)

@@ -1,5 +1,6 @@
 #include "tools/ctl/commontexts.h"
 
+#include "config/runtimetext.h"
 #include "launcher/launcherpaths.h"
 #include "tools/ctl/doctor.h"
 #include "tools/ctl/regularfile.h"
@@ -27,6 +28,15 @@ Outcome badTimeout()
 {
     return {ExitStatus::Usage,
             QStringLiteral("--timeout takes a number of seconds between 1 and 86400.")};
+}
+
+Outcome requirePackageName(const QString &name)
+{
+    if (RuntimeText::isUsableName(name))
+        return {};
+    return {ExitStatus::Refused,
+            QStringLiteral("“%1” is no name of a package. “bramctl list” shows those of apps.")
+                .arg(name)};
 }
 
 Outcome requireEntries()

@@ -12,6 +12,9 @@ Argument packageArgument();
 
 Outcome badTimeout();
 
+/// Done when this can be the name of a package at all.
+Outcome requirePackageName(const QString &name);
+
 /// Done when the directory of desktop entries can be read; without, no app is known.
 Outcome requireEntries();
 

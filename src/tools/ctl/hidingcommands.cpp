@@ -1,6 +1,5 @@
 #include "tools/ctl/hidingcommands.h"
 
-#include "config/runtimetext.h"
 #include "launcher/publicfile.h"
 #include "tools/ctl/appentry.h"
 #include "tools/ctl/blacklistfile.h"
@@ -59,11 +58,9 @@ Outcome requireVisibleOnDevice(const QString &package)
 Outcome change(const Invocation &invocation, Context &context, bool hide)
 {
     const QString &package = invocation.arguments.first();
-    if (!RuntimeText::isUsableName(package)) {
-        return {ExitStatus::Refused,
-                QStringLiteral("“%1” is no name of a package. “bramctl list” shows those of apps.")
-                    .arg(package)};
-    }
+    const Outcome named = CommonTexts::requirePackageName(package);
+    if (!named.isDone())
+        return named;
     if (geteuid() != 0) {
         return {ExitStatus::Refused,
                 QStringLiteral("The list of hidden apps belongs to root: try “sudo bramctl %1 %2”.")

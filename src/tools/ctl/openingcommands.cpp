@@ -68,6 +68,11 @@ Outcome launch(const Invocation &invocation, Context &context)
 
 Outcome intent(const Invocation &invocation, Context &context)
 {
+    if (invocation.options.isEmpty()) {
+        return {ExitStatus::Usage,
+                QStringLiteral("Nothing says what is to be started. “bramctl help intent” lists "
+                               "the options that do.")};
+    }
     const QString package = invocation.value(QStringLiteral("--package"));
     const QString className = invocation.value(QStringLiteral("--class"));
     if (package.isEmpty() && !className.isEmpty()) {
@@ -155,8 +160,9 @@ QVector<Command> openingCommands()
                       "A truth value for the app; repeatable")},
          QStringLiteral("Start an activity by an Android intent"),
          QStringLiteral("Files of the host are given to the runtime under the path it sees them "
-                        "by; they have to be in your home\ndirectory or on a memory card. A file "
-                        "with a name like a URL is written “./NAME”."),
+                        "by; they should be in your home\ndirectory or on a memory card, "
+                        "where it sees them. A file with a name like a URL is\nwritten "
+                        "“./NAME”."),
          intent},
         {QStringLiteral("open-settings"),
          {CommonTexts::packageArgument()},

@@ -211,6 +211,9 @@ Outcome remove(const Invocation &invocation, Context &context)
     if (timeoutMs < 0)
         return CommonTexts::badTimeout();
     const QString &package = invocation.arguments.first();
+    const Outcome named = CommonTexts::requirePackageName(package);
+    if (!named.isDone())
+        return named;
     const Outcome ready = context.requireStartableRuntime();
     if (!ready.isDone())
         return ready;

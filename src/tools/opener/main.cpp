@@ -17,6 +17,25 @@ line makes no sense, 3 when bramd did not answer in time, 4 when bramd cannot be
 Android runtime is not available.
 )";
 
+/// What is written like an option is none of a desktop's making: it names files by their paths.
+Outcome checkFiles(const QStringList &files)
+{
+    const QString nextStep = QStringLiteral(" See “bramd-open-apk --help”.");
+    if (files.isEmpty())
+        return {ExitStatus::Usage, QStringLiteral("A file is needed.") + nextStep};
+    for (const QString &file : files) {
+        if (file.isEmpty())
+            return {ExitStatus::Usage, QStringLiteral("An argument is empty.") + nextStep};
+        if (file.startsWith(QLatin1Char('-'))) {
+            return {ExitStatus::Usage, QStringLiteral("There is no option %1; a file with such a "
+                                                      "name is written “./%1”.")
+                                               .arg(file) +
+                                           nextStep};
+        }
+    }
+    return {};
+}
+
 /// Every file is tried; the first failure decides the exit status.
 int openAll(const QStringList &files)
 {
@@ -41,9 +60,6 @@ int main(int argc, char *argv[])
         return ToolApplication::print(QString(QLatin1String(Help)));
     if (words == QStringList{QStringLiteral("--version")})
         return ToolApplication::printVersion();
-    if (words.isEmpty()) {
-        return reportOutcome(
-            {ExitStatus::Usage, QStringLiteral("A file is needed. See “bramd-open-apk --help”.")});
-    }
-    return openAll(words);
+    const Outcome usable = checkFiles(words);
+    return usable.isDone() ? openAll(words) : reportOutcome(usable);
 }
