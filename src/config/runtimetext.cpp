@@ -37,13 +37,21 @@ bool isNameCharacter(uint character)
 
 } // namespace
 
+QString wellFormed(QString text)
+{
+    for (int position = 0; position < text.size(); ++position) {
+        if (isHalfPair(text, position))
+            text[position] = QChar::ReplacementCharacter;
+    }
+    return text;
+}
+
 QString singleLine(QString text)
 {
+    text = wellFormed(text);
     for (int position = 0; position < text.size(); ++position) {
         if (breaksLines(text.at(position)))
             text[position] = QLatin1Char(' ');
-        else if (isHalfPair(text, position))
-            text[position] = QChar::ReplacementCharacter;
     }
     return text;
 }

@@ -6,10 +6,13 @@
 /// untrusted: apps choose their labels, and a broken runtime may send anything.
 namespace RuntimeText {
 
-/// Fit to be one line of a file or terminal: every control character (line breaks, the Unicode line
-/// and paragraph separators and NUL included) becomes a space, so that a value can never add a
-/// line. Halves of surrogate pairs become U+FFFD, which is what UTF-8 makes of them, so that the
-/// value reads back as it was set.
+/// Halves of surrogate pairs become U+FFFD, which is what UTF-8 makes of them: the text reads back
+/// as it was written, and strict readers, of JSON for example, do not refuse a file for its sake.
+QString wellFormed(QString text);
+
+/// Fit to be one line of a file or terminal: well-formed, and every control character (line breaks,
+/// the Unicode line and paragraph separators and NUL included) becomes a space, so that a value can
+/// never add a line.
 QString singleLine(QString text);
 
 /// Enough of a text to know it by in a line of the log: whoever sent it may have sent a million

@@ -78,6 +78,16 @@ QMap<QString, QString> DesktopFile::parse(const QByteArray &content)
     return entries;
 }
 
+QString DesktopFile::escaped(QString text)
+{
+    return text.replace(QLatin1Char('\\'), QLatin1String("\\\\"));
+}
+
+QString DesktopFile::unescaped(QString value)
+{
+    return value.replace(QLatin1String("\\\\"), QLatin1String("\\"));
+}
+
 void DesktopFile::write() const
 {
     qCDebug(launcherLog) << "Updating:" << m_path;

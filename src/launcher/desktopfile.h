@@ -7,9 +7,9 @@
 /// One desktop file in memory, for reading and changing. It is read on construction; a missing
 /// or unreadable file is empty. What was changed is written on destruction.
 ///
-/// Keys and values are kept raw: nothing is escaped, and keys that nobody here knows survive.
-/// Everything after the first "[Desktop Entry]" line counts as that one group. Keys are written
-/// in ascending order.
+/// Keys and values are kept raw: escaping is up to who sets them, and keys that nobody here knows
+/// survive. Everything after the first "[Desktop Entry]" line counts as that one group. Keys are
+/// written in ascending order.
 class DesktopFile
 {
 public:
@@ -19,7 +19,7 @@ public:
     DesktopFile(const DesktopFile &) = delete;
     DesktopFile &operator=(const DesktopFile &) = delete;
 
-    /// `value` must be a single line; see singleLine().
+    /// `value` must be a single line, and escaped; see singleLine() and escaped().
     void setValue(const QString &key, const QString &value);
 
     /// A missing key is no error.
@@ -30,6 +30,11 @@ public:
 
     /// The keys and values of a desktop file's text, by the rules above.
     static QMap<QString, QString> parse(const QByteArray &content);
+
+    /// A text as a value spells it, and back: a backslash is two. A single one would begin an
+    /// escape sequence, and a value with one that does not exist has no meaning to desktops.
+    static QString escaped(QString text);
+    static QString unescaped(QString value);
 
 private:
     void read();

@@ -94,7 +94,9 @@ QString DesktopManager::packageOfDesktopFile(const QString &path) const
 QString DesktopManager::applicationName(const QString &packageName) const
 {
     const QStringList paths = InstalledEntries().ofPackage(packageName);
-    return paths.isEmpty() ? QString() : DesktopFile(paths.first()).value(QStringLiteral("Name"));
+    if (paths.isEmpty())
+        return QString();
+    return DesktopFile::unescaped(DesktopFile(paths.first()).value(QStringLiteral("Name")));
 }
 
 void DesktopManager::onCreateLauncher(const ApkLauncher &launcher)

@@ -20,7 +20,7 @@ void fillLauncherEntry(DesktopFile &entry, const ApkLauncher &launcher, const QS
                        const QString &iconPath, Visibility visibility)
 {
     const auto set = [&entry](const QString &key, const QString &value) {
-        entry.setValue(key, RuntimeText::singleLine(value));
+        entry.setValue(key, DesktopFile::escaped(RuntimeText::singleLine(value)));
     };
 
     set(QStringLiteral("Version"), QStringLiteral("1.0"));
@@ -37,6 +37,8 @@ void fillLauncherEntry(DesktopFile &entry, const ApkLauncher &launcher, const QS
         QStringLiteral("%1/%2.apk").arg(appsDir, launcher.packageName));
     set(QStringLiteral("X-bramd-packageName"), launcher.packageName);
 
+    // What is no MIME type stays among them: the host's cache of types leaves it out by itself, and
+    // what a new release of Android calls a type is not ours to know.
     if (launcher.mimeTypes.isEmpty())
         entry.remove(QStringLiteral("MimeType"));
     else

@@ -1,5 +1,6 @@
 #include "launcher/settingsentry.h"
 
+#include "config/runtimetext.h"
 #include "launcher/launcherpaths.h"
 #include "launcher/logging.h"
 #include "launcher/publicfile.h"
@@ -18,7 +19,7 @@ QByteArray content(const QString &desktopFile, const QString &packageName,
         "/usr/share/corvo-settings/pages/apk-configuration/apkConfigurationPage.qml");
     const QJsonObject properties{
         {QStringLiteral("packageName"), packageName},
-        {QStringLiteral("packageVersion"), packageVersion},
+        {QStringLiteral("packageVersion"), RuntimeText::wellFormed(packageVersion)},
     };
     const QJsonObject params{
         {QStringLiteral("source"), configurationPage},

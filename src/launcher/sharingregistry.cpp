@@ -1,5 +1,6 @@
 #include "launcher/sharingregistry.h"
 
+#include "config/runtimetext.h"
 #include "launcher/apklauncher.h"
 #include "launcher/launcherpaths.h"
 #include "launcher/logging.h"
@@ -42,11 +43,14 @@ void write(const QByteArray &content)
 QJsonDocument withShareTarget(const QJsonDocument &document, const ApkLauncher &launcher)
 {
     const QString icon = LauncherPaths::icon(LauncherPaths::desktopFile(launcher));
+    QJsonArray mimeTypes;
+    for (const QString &type : launcher.shareMimeTypes)
+        mimeTypes.append(RuntimeText::wellFormed(type));
     const QJsonObject target{
-        {QStringLiteral("label"), launcher.label},
-        {QStringLiteral("caption"), launcher.caption},
+        {QStringLiteral("label"), RuntimeText::wellFormed(launcher.label)},
+        {QStringLiteral("caption"), RuntimeText::wellFormed(launcher.caption)},
         {QStringLiteral("icon"), icon},
-        {QStringLiteral("mimetypes"), QJsonArray::fromStringList(launcher.shareMimeTypes)},
+        {QStringLiteral("mimetypes"), mimeTypes},
         {QStringLiteral("multi"), launcher.multi},
     };
 

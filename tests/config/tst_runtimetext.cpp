@@ -83,6 +83,8 @@ void RuntimeTextTest::replacesHalvesOfPairs()
     QFETCH(QString, line);
 
     QCOMPARE(RuntimeText::singleLine(text), line);
+    if (!text.contains(QLatin1Char('\n')))
+        QCOMPARE(RuntimeText::wellFormed(text), line);
     QVERIFY(!RuntimeText::isUsableName(text));
 }
 

@@ -1,9 +1,11 @@
 #include "config/daemonconfig.h"
+#include "config/runtimetext.h"
 #include "launcher/desktopmanager.h"
 #include "launcher/launcherhost.h"
 #include "launcher/updatedatabasestub.h"
 #include "support/testcase.h"
 
+#include <QSettings>
 #include <QtTest>
 
 using namespace LauncherHost;
@@ -93,8 +95,10 @@ void HostileLaunchersTest::writesNothingButTheIntendedKeys_data()
     label("a group header", QStringLiteral("[Desktop Entry]"), QStringLiteral("[Desktop Entry]"));
     label("a comment sign", QStringLiteral("#A"), QStringLiteral("#A"));
     label("place markers", QStringLiteral("%1%2%3%U"), QStringLiteral("%1%2%3%U"));
-    label("backslashes", QStringLiteral("A\\nB\\"), QStringLiteral("A\\nB\\"));
+    label("backslashes", QStringLiteral("A\\nB\\"), QStringLiteral("A\\\\nB\\\\"));
     label("blanks at both ends", QStringLiteral("  A  "), QStringLiteral("  A  "));
+    label("quote that does not end", QStringLiteral("\"A"), QStringLiteral("\"A"));
+    label("semicolon", QStringLiteral("A;Exec=x"), QStringLiteral("A;Exec=x"));
     label("nothing", QString(), QString());
     label("very long", QString(1000000, QLatin1Char('A')), QString(1000000, QLatin1Char('A')));
 
@@ -147,6 +151,16 @@ void HostileLaunchersTest::writesNothingButTheIntendedKeys()
         keys.insert(4, QStringLiteral("NoDisplay"));
     }
     QCOMPARE(entry.keys(), keys);
+
+    // Qt's own reader has other ideas of quotes and semicolons, but finds nothing more either.
+    QSettings settings(entries.first(), QSettings::IniFormat);
+    settings.setIniCodec("UTF-8");
+    QCOMPARE(settings.childGroups(), QStringList(QStringLiteral("Desktop Entry")));
+    settings.beginGroup(QStringLiteral("Desktop Entry"));
+    const QStringList found = settings.allKeys();
+    for (const QString &foundKey : found)
+        QVERIFY2(keys.contains(foundKey), qPrintable(foundKey));
+
     QCOMPARE(entry.value(key), value);
 
     // an entry, its icon, the sharing registry, and for launchers a settings entry
@@ -159,6 +173,8 @@ void HostileLaunchersTest::writesNothingButTheIntendedKeys()
     manager.onLaunchersComplete();
     QCOMPARE(manager.installedEntries(), entries);
     QCOMPARE(HostFiles::inode(entries.first()), before);
+    QCOMPARE(manager.applicationName(announced.packageName),
+             RuntimeText::singleLine(announced.label));
     manager.onRemovePackage(announced.packageName);
     QCOMPARE(files(), QStringList(sharingPath()));
     takeLog(QtWarningMsg, Category);

@@ -49,10 +49,10 @@ AppEntry parse(const QString &path, const QByteArray &content)
     entry.path = path;
     entry.packageName = keys.value(QStringLiteral("X-bramd-packageName"));
     entry.className = classInCommand(keys.value(QStringLiteral("Exec")), entry.packageName);
-    entry.name = keys.value(QStringLiteral("Name"));
+    entry.name = DesktopFile::unescaped(keys.value(QStringLiteral("Name")));
     entry.iconPath = keys.value(QStringLiteral("Icon"));
-    entry.mimeTypes =
-        keys.value(QStringLiteral("MimeType")).split(QLatin1Char(';'), Qt::SkipEmptyParts);
+    entry.mimeTypes = DesktopFile::unescaped(keys.value(QStringLiteral("MimeType")))
+                          .split(QLatin1Char(';'), Qt::SkipEmptyParts);
     entry.isHandler = QDir::match(LauncherPaths::handlerFilter(), QFileInfo(path).fileName());
     entry.isHidden = keys.value(QStringLiteral("NoDisplay")) == QLatin1String("true");
     return entry;

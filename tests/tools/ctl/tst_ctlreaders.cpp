@@ -62,7 +62,9 @@ void CtlReadersTest::readsAnEntry()
 
     const AppEntry handler = AppEntries::parse(
         "/x/bramd_handler_1.desktop"_q, "[Desktop Entry]\nExec=bramd-launcher -d %U a.apk a/a.V\n"
-                                        "MimeType=a/b;c/d\nNoDisplay=true\nX-bramd-packageName=a");
+                                        "MimeType=a/b;c/d\nNoDisplay=true\nX-bramd-packageName=a\n"
+                                        "Name=back\\\\slash");
+    QCOMPARE(handler.name, "back\\slash"_q);
     QCOMPARE(handler.className, "a.V"_q);
     QCOMPARE(handler.mimeTypes, QStringList({"a/b"_q, "c/d"_q}));
     QVERIFY(handler.isHandler && handler.isHidden);
