@@ -16,7 +16,7 @@ class AnnouncedActivities
 {
 public:
     static constexpr int MaxActivities = 10000;
-    static constexpr qint64 MaxBytes = qint64(512) * 1024 * 1024; ///< icons and texts together
+    static constexpr qint64 MaxBytes = qint64(512) * 1024 * 1024; ///< of icons; of texts less
 
     enum class Result {
         Added,

@@ -26,6 +26,7 @@ private Q_SLOTS:
     void replacesAnActivity();
     void countsActivitiesUpToALimit();
     void countsBytesUpToALimit();
+    void takesFewerTextsThanIcons();
     void countsTheMostThatAnActivityHad();
     void forgetsThePackage();
     void keepsTheNameOfADroppedActivityUntilThePurge();
@@ -91,6 +92,20 @@ void AnnouncedActivitiesTest::countsBytesUpToALimit()
         types->clear();
     }
     QCOMPARE(activities.add(announced), Result::Added);
+}
+
+void AnnouncedActivitiesTest::takesFewerTextsThanIcons()
+{
+    AnnouncedActivities activities;
+    ApkLauncher announced = sized(QString(), 0);
+    announced.label = QString(1024 * 1024 / int{sizeof(QChar)}, QLatin1Char('a'));
+    int count = 0;
+    do
+        announced.className = QString::number(++count);
+    while (activities.add(announced) == Result::Added);
+
+    // 32 MiB, of which a little goes to the names
+    QCOMPARE(count, 32);
 }
 
 void AnnouncedActivitiesTest::countsTheMostThatAnActivityHad()
