@@ -10,11 +10,15 @@ constexpr quint32 replacesNone = 0;
 constexpr int noActions = 0;
 constexpr qint32 serviceDecidesTimeout = -1;
 
+/// More than any notice shows. A runtime may send millions of letters, and notices wait in memory
+/// while the bus does not take them.
+constexpr int MaxCharacters = 4096;
+
 /// A text as sd-bus takes it: it refuses the code points that Unicode keeps for internal use, and
 /// a NUL would end it. Apps choose their names and messages, so any of these may come along.
 QByteArray busText(const QString &text)
 {
-    QVector<uint> characters = text.toUcs4();
+    QVector<uint> characters = text.left(MaxCharacters).toUcs4();
     for (uint &character : characters) {
         if (character == 0 || QChar::isNonCharacter(character))
             character = QChar::ReplacementCharacter;

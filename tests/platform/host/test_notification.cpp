@@ -146,6 +146,8 @@ void TestNotification::text_that_the_bus_refuses_is_replaced_data()
     const QString replacement(QChar::ReplacementCharacter);
     QTest::newRow("NUL") << QString(QChar::Null) + QStringLiteral("a")
                          << replacement + QStringLiteral("a");
+    QTest::newRow("longer than anyone reads")
+        << QString(1000000, QLatin1Char('a')) << QString(4096, QLatin1Char('a'));
     QTest::newRow("noncharacter") << QString(QChar(0xfffe)) << replacement;
     QTest::newRow("half a surrogate pair") << QString(QChar(0xd800)) << replacement;
     QTest::newRow("beyond the basic plane stays")
