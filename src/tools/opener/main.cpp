@@ -6,15 +6,16 @@ namespace {
 
 constexpr char Help[] =
     R"(Usage: bramd-open-apk FILE...
-Has Android apps installed from APK files, and tells with notices on the desktop what happens. This
-is what a file manager runs when an APK file is opened.
+Has Android apps installed from APK files, and tells with notices on the desktop
+what happens. This is what a file manager runs when an APK file is opened.
 
   --help     shows this
   --version  shows the version
 
-It ends with 0 when bramd has taken every file, else with 1 when one was refused, 2 when the command
-line makes no sense, 3 when bramd did not answer in time, 4 when bramd cannot be reached, 5 when the
-Android runtime is not available.
+It ends with 0 when bramd has taken every file, else with 1 when one was
+refused, 2 when the command line makes no sense, 3 when bramd did not answer in
+time, 4 when bramd cannot be reached, 5 when the Android runtime is not
+available.
 )";
 
 /// What is written like an option is none of a desktop's making: it names files by their paths.
