@@ -13,7 +13,8 @@ LaunchCommand wrong(const QString &what)
 
 LaunchCommand readLaunchCommand(QStringList arguments)
 {
-    if (arguments.size() < 2)
+    const QString opening = QStringLiteral("-d");
+    if (arguments.size() < 2 || arguments.at(arguments.size() - 2) == opening)
         return wrong(QStringLiteral("PACKAGE.apk and PACKAGE/CLASS are needed."));
     const QString activity = arguments.takeLast();
     const QString apk = arguments.takeLast();
@@ -29,7 +30,7 @@ LaunchCommand readLaunchCommand(QStringList arguments)
         return wrong(QStringLiteral("“%1” and “%2” name different packages.").arg(apk, activity));
     }
 
-    if (!arguments.isEmpty() && arguments.takeFirst() != QLatin1String("-d"))
+    if (!arguments.isEmpty() && arguments.takeFirst() != opening)
         return wrong(QStringLiteral("What is to be opened stands behind “-d”."));
     // Desktops that have nothing to open may put an empty word there.
     arguments.removeAll(QString());
