@@ -37,6 +37,12 @@ bool isSeenByRuntime(const QString &path, const QString &home)
 
 Outcome missing(const QString &path)
 {
+    // What is not UTF-8 on the command line has arrived as this, and the file is not to be found.
+    if (path.contains(QChar::ReplacementCharacter)) {
+        return refused(QStringLiteral("The name “%1” is not in UTF-8, or there is no such file: "
+                                      "rename it, e.g. in a file manager."),
+                       path);
+    }
     return refused(QStringLiteral("There is no file “%1”. Look at its spelling, and whether it was "
                                   "moved or deleted."),
                    path);

@@ -80,6 +80,10 @@ void TestHostFile::apps_are_handed_urls_and_files_that_are_there_data()
         << fileAt(QStringLiteral("b.pdf")).address << true
         << QStringLiteral("There is no file “/home/tester/b.pdf”. Look at its spelling, and "
                           "whether it was moved or deleted.");
+    QTest::newRow("no UTF-8") << fileAt(QStringLiteral("caf\ufffd.pdf")).address << true
+                              << QStringLiteral("The name “/home/tester/caf\ufffd.pdf” is not in "
+                                                "UTF-8, or there is no such file: rename it, e.g. "
+                                                "in a file manager.");
     QTest::newRow("elsewhere") << QStringLiteral("/etc/passwd") << true << QString();
 }
 
