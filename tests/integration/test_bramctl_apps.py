@@ -40,6 +40,7 @@ def test_the_cache_is_cleared(phone):
     (APP_DATA / "cache/tiles").write_bytes(b"x" * 300)
     bramctl("clear-cache", WEATHER).done("Cleared the cache", "and has 0 bytes")
     assert not (APP_DATA / "cache/tiles").exists()
+    bramctl("clear-cache", WEATHER).done("There was nothing to clear in the cache")
 
 
 @pytest.mark.parametrize(("words", "typed", "cleared"), [
@@ -144,7 +145,7 @@ def test_an_app_is_hidden_and_shown_again(phone):
     phone.runtime.announce()
     entry = entry_path(WEATHER, f"{WEATHER}.MainActivity")
     wait_for(lambda: "NoDisplay=true" in entry.read_text("utf-8"), "the hidden entry")
-    bramctl("list").done("not in the app grid")
+    bramctl("list").done("  REMARK\n", "not in the app grid")
 
     bramctl("unhide", WEATHER).done("no longer")
     bramctl("unhide", WEATHER).done("not on the list")

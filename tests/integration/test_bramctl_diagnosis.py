@@ -80,7 +80,8 @@ def test_a_report_has_everything(papertrail):
     report = bramctl("bugreport", "--json").done().json()
     assert set(report) == {"versions", "bramd", "runtime", "findings", "apps", "journal"}
     assert (report["bramd"], report["runtime"], report["findings"]) == (["running"], ["active"], [])
-    assert report["apps"][0].startswith(PAPERTRAIL)
+    assert report["apps"] == bramctl("list", "--json").json()
+    assert [app["package"] for app in report["apps"]] == [PAPERTRAIL]
 
 
 def test_a_report_is_made_without_a_bus(phone):

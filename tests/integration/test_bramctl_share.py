@@ -9,6 +9,12 @@ SHARE_ONE = f"{PAPERTRAIL}/{PAPERTRAIL}.ShareOneActivity"
 SHARE_MANY = f"{PAPERTRAIL}/{PAPERTRAIL}.ShareManyActivity"
 
 
+def test_without_targets_a_runtime_that_runs_is_not_to_be_started(phone):
+    phone.start_daemon()
+    phone.unit.show("active", "running")
+    assert "bramctl start" not in bramctl("targets").done("No app takes what is shared.").out
+
+
 def test_targets_are_listed(papertrail):
     del papertrail
     bramctl("targets").done(f"{SHARE_ONE}   File in Paper Trail    one      application/pdf "

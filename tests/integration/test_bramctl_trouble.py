@@ -118,6 +118,9 @@ def test_with_a_unit_that_cannot_be_started(phone, load_state, says):
 SENSELESS = [
     ([], "A command is missing."),
     (["nonsense"], "There is no command “nonsense”."),
+    (["--json", "list"], "There is no option --json before the command: options stand behind it."),
+    (["--version", "x"], "“x” is one argument too many."),
+    (["install", "x.apk", "--timeout", "5"], "--timeout counts only together with --wait."),
     (["install"], "FILE is missing. Usage: bramctl install FILE..."),
     (["list", "--colour"], "There is no option --colour."),
     (["start", "--json"], "There is no option --json."),
@@ -151,6 +154,15 @@ def test_what_cannot_be_written_is_told(phone):
         assert ended.returncode == REFUSED, command
         assert "The output could not be written (No space left on device)." in ended.stderr
         assert ended.stderr.count("\n") == 1
+
+
+def test_a_lost_answer_to_an_action_does_not_ask_to_repeat_it(phone):
+    phone.start_daemon()
+    for redirection in (">/dev/full", ">&-"):
+        ended = run_program("sh", "-c", f"bramctl autostart off {redirection}")
+        assert ended.returncode == REFUSED
+        assert "The output could not be written (" in ended.stderr
+        assert "may have been done" in ended.stderr
 
 
 def test_an_empty_registry_is_explained(phone):

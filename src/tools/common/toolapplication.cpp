@@ -4,8 +4,19 @@
 
 #include <QLoggingCategory>
 
+namespace {
+
+/// The application object opens descriptors as it is made.
+int &withStandardStreams(int &argc)
+{
+    occupyStandardStreams();
+    return argc;
+}
+
+} // namespace
+
 ToolApplication::ToolApplication(int &argc, char **argv, const QString &name)
-    : QCoreApplication(argc, argv)
+    : QCoreApplication(withStandardStreams(argc), argv)
 {
     setApplicationName(name);
     setApplicationVersion(QStringLiteral(BRAMD_VERSION));

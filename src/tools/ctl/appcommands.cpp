@@ -29,18 +29,6 @@ QString inWords(qint64 bytes)
     return TextTable::bytes(static_cast<quint64>(std::max<qint64>(bytes, 0)));
 }
 
-QJsonObject inJson(const App &app)
-{
-    return {
-        {QStringLiteral("package"), app.packageName},
-        {QStringLiteral("name"), app.name},
-        {QStringLiteral("version"), app.version},
-        {QStringLiteral("hidden"), app.isHidden},
-        {QStringLiteral("launchers"), QJsonArray::fromStringList(app.launchers)},
-        {QStringLiteral("opens"), QJsonArray::fromStringList(app.opens)},
-    };
-}
-
 Outcome list(const Invocation &invocation, Context &context)
 {
     const Outcome readable = CommonTexts::requireEntries();
@@ -48,10 +36,10 @@ Outcome list(const Invocation &invocation, Context &context)
         return readable;
     const QVector<App> apps = AppEntries::installedApps();
     QJsonArray array;
-    QVector<QStringList> rows{
-        {QStringLiteral("PKG"), QStringLiteral("NAME"), QStringLiteral("VERSION"), QString()}};
+    QVector<QStringList> rows{{QStringLiteral("PKG"), QStringLiteral("NAME"),
+                               QStringLiteral("VERSION"), QStringLiteral("REMARK")}};
     for (const App &app : apps) {
-        array.append(inJson(app));
+        array.append(AppEntries::inJson(app));
         rows.append({app.packageName, app.name, app.version,
                      app.isHidden ? QStringLiteral("not in the app grid") : QString()});
     }
@@ -175,6 +163,11 @@ Outcome confirmCleared(Context &context, const QString &package, const Clearable
                                "shows when that changes, “journalctl -u umbravm” what the runtime "
                                "does.")
                     .arg(what.name, package, inWords(after.*what.size))};
+    }
+    if (before.*what.size == 0 && after.*what.size == 0) {
+        context.out().line(
+            QStringLiteral("There was nothing to clear in the %1 of %2.").arg(what.name, package));
+        return {};
     }
     context.out().line(
         QStringLiteral("Cleared the %1 of %2: it had %3 and has %4.")
@@ -303,13 +296,15 @@ QVector<Command> appCommands()
          json,
          QStringLiteral("List the apps that the host knows"),
          QStringLiteral("Reads the desktop entries; neither bramd nor the runtime has to run."),
-         list},
+         list,
+         Effect::Answers},
         {QStringLiteral("size"),
          {packages},
          json,
          QStringLiteral("Show what apps take on disk"),
          QStringLiteral("The runtime has to run."),
-         size},
+         size,
+         Effect::Answers},
         {QStringLiteral("clear-cache"),
          {package},
          {timeout},

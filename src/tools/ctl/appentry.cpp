@@ -115,6 +115,18 @@ bool isInstalled(const QString &packageName)
            });
 }
 
+QJsonObject inJson(const App &app)
+{
+    return {
+        {QStringLiteral("package"), app.packageName},
+        {QStringLiteral("name"), app.name},
+        {QStringLiteral("version"), app.version},
+        {QStringLiteral("hidden"), app.isHidden},
+        {QStringLiteral("launchers"), QJsonArray::fromStringList(app.launchers)},
+        {QStringLiteral("opens"), QJsonArray::fromStringList(app.opens)},
+    };
+}
+
 QString versionOf(const QByteArray &settingsEntry)
 {
     const QJsonObject root = QJsonDocument::fromJson(settingsEntry).object();

@@ -3,6 +3,7 @@
 #include "tools/ctl/regularfile.h"
 
 #include <QByteArray>
+#include <QJsonObject>
 #include <QString>
 #include <QStringList>
 #include <QVector>
@@ -47,6 +48,9 @@ QVector<App> installedApps();
 
 /// Whether the host has an entry of this package.
 bool isInstalled(const QString &packageName);
+
+/// For scripts.
+QJsonObject inJson(const App &app);
 
 /// The version that a settings entry shows; empty when it shows none.
 QString versionOf(const QByteArray &settingsEntry);

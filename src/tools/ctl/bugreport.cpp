@@ -47,16 +47,25 @@ QStringList findings(const HostState &host)
     return lines;
 }
 
-QStringList apps(const HostState &host)
+QString number(int count, const QString &what)
 {
+    return QStringLiteral("%1 %2%3").arg(count).arg(what,
+                                                    count == 1 ? QString() : QStringLiteral("s"));
+}
+
+Section apps()
+{
+    Section section{QStringLiteral("Apps"), {}, {}};
     QVector<QStringList> rows;
-    for (const App &app : AppEntries::appsOf(host.entries)) {
-        rows.append({app.packageName, app.name,
-                     QStringLiteral("%1 launchers, opens %2 types")
-                         .arg(app.launchers.size())
-                         .arg(app.opens.size())});
+    for (const App &app : AppEntries::installedApps()) {
+        rows.append({app.packageName, app.name, app.version,
+                     QStringLiteral("%1, opens %2")
+                         .arg(number(app.launchers.size(), QStringLiteral("launcher")),
+                              number(app.opens.size(), QStringLiteral("type")))});
+        section.objects.append(AppEntries::inJson(app));
     }
-    return TextTable::lines(rows);
+    section.lines = TextTable::lines(rows);
+    return section;
 }
 
 QStringList versions(const AndroidVersionData &android)
@@ -83,12 +92,14 @@ QVector<Section> write(Context &context)
 {
     const HostState host = HostReader::read(context);
     return {
-        {QStringLiteral("Versions"), versions(host.daemonAnswer.android)},
-        {QStringLiteral("bramd"), {DaemonStatus::text(context.daemonState(), host.daemonAnswer)}},
-        {QStringLiteral("Runtime"), {runtime(host)}},
-        {QStringLiteral("Findings"), findings(host)},
-        {QStringLiteral("Apps"), apps(host)},
-        {QStringLiteral("Journal"), journal()},
+        {QStringLiteral("Versions"), versions(host.daemonAnswer.android), {}},
+        {QStringLiteral("bramd"),
+         {DaemonStatus::text(context.daemonState(), host.daemonAnswer)},
+         {}},
+        {QStringLiteral("Runtime"), {runtime(host)}, {}},
+        {QStringLiteral("Findings"), findings(host), {}},
+        apps(),
+        {QStringLiteral("Journal"), journal(), {}},
     };
 }
 

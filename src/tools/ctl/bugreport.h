@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QJsonArray>
 #include <QString>
 #include <QStringList>
 #include <QVector>
@@ -12,6 +13,7 @@ struct Section
 {
     QString title;
     QStringList lines;
+    QJsonArray objects; ///< the same for scripts, where there is more to know than the lines say
 };
 
 /// Versions, states, findings, apps, and the newest lines of the journal.

@@ -30,6 +30,9 @@ struct Option
     bool isRequired = false;
 };
 
+/// Whether a command only answers, or brings something about.
+enum class Effect { Acts, Answers };
+
 /// One row of the command table, from which usage, help, completions and the manual's test derive.
 struct Command
 {
@@ -39,4 +42,5 @@ struct Command
     QString summary; ///< one line, without a full stop
     QString details; ///< further sentences of "bramctl help COMMAND"; may be empty
     Outcome (*handler)(const Invocation &, Context &) = nullptr;
+    Effect effect = Effect::Acts;
 };

@@ -40,7 +40,8 @@ QVector<Command> helpCommands()
              {},
              QStringLiteral("Explain a command"),
              QString(),
-             help}};
+             help,
+             Effect::Answers}};
 }
 
 } // namespace

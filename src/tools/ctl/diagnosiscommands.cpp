@@ -66,7 +66,9 @@ Outcome bugreport(const Invocation &invocation, Context &context)
     const QVector<BugReport::Section> sections = BugReport::write(context);
     QJsonObject object;
     for (const BugReport::Section &section : sections)
-        object.insert(section.title.toLower(), QJsonArray::fromStringList(section.lines));
+        object.insert(section.title.toLower(), section.objects.isEmpty()
+                                                   ? QJsonArray::fromStringList(section.lines)
+                                                   : section.objects);
     context.out().answer(invocation.has(QStringLiteral("--json")), object,
                          BugReport::inLines(sections));
     return {};
@@ -82,22 +84,25 @@ QVector<Command> diagnosisCommands()
          {},
          json,
          QStringLiteral("Show what happens until it is interrupted"),
-         QStringLiteral(
-             "The signals of bramd, such as “appClosed”, and the states of bramd and of "
-             "the runtime, one line each. With --json,\neach line is an object. Ctrl-C, or "
-             "SIGTERM, ends it, with the status 0."),
-         monitor},
+         QStringLiteral("The signals of bramd, such as “appClosed”, and the states of bramd and of "
+                        "the runtime, one line each. With --json, each line is an object, with the "
+                        "names “bramd” and “runtime” for the states. Ctrl-C, or "
+                        "SIGTERM, ends it, with the status 0."),
+         monitor,
+         Effect::Answers},
         {QStringLiteral("doctor"),
          {},
          json,
          QStringLiteral("Look for what is wrong, and tell what to do about it"),
          QStringLiteral("Changes nothing. Done means that nothing was found."),
-         doctor},
+         doctor,
+         Effect::Answers},
         {QStringLiteral("bugreport"),
          {},
          json,
          QStringLiteral("Print all that helps to understand a fault"),
          QStringLiteral("It names your apps: read it before you pass it on."),
-         bugreport},
+         bugreport,
+         Effect::Answers},
     };
 }

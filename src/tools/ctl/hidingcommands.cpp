@@ -141,9 +141,9 @@ QVector<Command> hidingCommands()
          QStringLiteral("Put an app on the list of hidden apps"),
          QStringLiteral(
              "A hidden app stays installed and runs in the runtime, but the host does "
-             "not offer it: it has no icon in the app grid,\nopens no files and links, "
+             "not offer it: it has no icon in the app grid, opens no files and links, "
              "and takes nothing that is shared. Only root can change the list. It counts "
-             "when bramd has\nstarted anew and the runtime has announced its apps."),
+             "when bramd has started anew and the runtime has announced its apps."),
          hide},
         {QStringLiteral("unhide"),
          {hiddenPackage},
@@ -156,6 +156,7 @@ QVector<Command> hidingCommands()
          {CommonTexts::jsonOption()},
          QStringLiteral("List the hidden apps"),
          QStringLiteral("Of the administrator's list, and of the device's if there is one."),
-         hidden},
+         hidden,
+         Effect::Answers},
     };
 }

@@ -36,6 +36,17 @@ Outcome run(const QStringList &words, Context &context)
         return {};
     }
 
+    if (name == QLatin1String("--version")) {
+        return usageError(QStringLiteral("“%1” is one argument too many.").arg(words.at(1)),
+                          QStringLiteral("Usage: bramctl --version"));
+    }
+    if (name.startsWith(QLatin1Char('-'))) {
+        return usageError(
+            QStringLiteral("There is no option %1 before the command: options stand behind it.")
+                .arg(name),
+            QStringLiteral("“bramctl --help” lists the commands."));
+    }
+
     const Command *command = CommandTable::find(name);
     if (!command) {
         return usageError(name.isEmpty() ? QStringLiteral("A command is missing.")
@@ -49,6 +60,8 @@ Outcome run(const QStringList &words, Context &context)
     }
     if (!parsed.error.isEmpty())
         return usageError(parsed.error, QStringLiteral("Usage: %1").arg(Help::usage(*command)));
+    context.out().setLost(command->effect == Effect::Acts ? LostOutput::MayHaveActed
+                                                          : LostOutput::AskAgain);
     return command->handler(parsed.invocation, context);
 }
 

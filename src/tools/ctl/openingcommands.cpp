@@ -160,8 +160,8 @@ QVector<Command> openingCommands()
                       "A truth value for the app; repeatable")},
          QStringLiteral("Start an activity by an Android intent"),
          QStringLiteral("Files of the host are given to the runtime under the path it sees them "
-                        "by; they should be in your home\ndirectory or on a memory card, "
-                        "where it sees them. A file with a name like a URL is\nwritten "
+                        "by; they should be in your home directory or on a memory card, "
+                        "where it sees them. A file with a name like a URL is written "
                         "“./NAME”."),
          intent},
         {QStringLiteral("open-settings"),

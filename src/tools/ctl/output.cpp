@@ -1,7 +1,6 @@
 #include "tools/ctl/output.h"
 
 #include "config/runtimetext.h"
-#include "tools/common/standardoutput.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -45,5 +44,5 @@ void Output::answer(bool inJson, const QJsonValue &value, const QStringList &tex
 void Output::print(const QByteArray &text)
 {
     if (m_written.isDone())
-        m_written = writeToStandardOutput(text);
+        m_written = writeToStandardOutput(text, m_lost);
 }

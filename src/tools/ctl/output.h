@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tools/common/outcome.h"
+#include "tools/common/standardoutput.h"
 
 #include <QJsonValue>
 #include <QString>
@@ -29,6 +30,9 @@ public:
     /// json() when the answer is asked for in JSON, otherwise lines().
     void answer(bool inJson, const QJsonValue &value, const QStringList &texts);
 
+    /// What is said of output that cannot be written; unless told, that it was all there was to do.
+    void setLost(LostOutput lost) { m_lost = lost; }
+
     /// Done unless something could not be written. From then on nothing more is.
     const Outcome &written() const { return m_written; }
 
@@ -36,4 +40,5 @@ private:
     void print(const QByteArray &text);
 
     Outcome m_written;
+    LostOutput m_lost = LostOutput::AskAgain;
 };

@@ -24,6 +24,7 @@ namespace {
 constexpr int InstallTimeoutS = 180;
 constexpr int RemoveTimeoutS = 120;
 
+const QString Wait = QStringLiteral("--wait");
 const QString Unlisted = QStringLiteral("--unlisted");
 
 /// A file that is to be installed, and what became clear about it before anybody was asked.
@@ -82,13 +83,14 @@ Outcome notInstalled(const RequestWait &wait, RequestWait::End end, const Instal
         if (watch.wasThereBefore()) {
             return {ExitStatus::NotConfirmed,
                     QStringLiteral("%1 was there before, and its version has not changed in time. "
-                                   "A notice on the screen tells whether it was installed.")
+                                   "A notice on the screen tells whether it was installed or "
+                                   "failed.")
                         .arg(package)};
         }
         return {ExitStatus::NotConfirmed,
                 QStringLiteral("%1 has not appeared in time. An app without anything to open never "
-                               "does; a notice on the screen tells whether it was installed, and "
-                               "“journalctl -u bramd” what went wrong.")
+                               "does; a notice on the screen tells whether it was installed or "
+                               "failed, and “journalctl -u bramd” what went wrong.")
                     .arg(package)};
     }
     return {};
@@ -144,6 +146,8 @@ Outcome requireInstaller(Context &context)
 /// failure is told at once, and the first is the status.
 Outcome install(const Invocation &invocation, Context &context)
 {
+    if (invocation.has(QStringLiteral("--timeout")) && !invocation.has(Wait))
+        return {ExitStatus::Usage, QStringLiteral("--timeout counts only together with --wait.")};
     const int timeoutMs = Waiting::timeoutMs(invocation, InstallTimeoutS);
     if (timeoutMs < 0)
         return CommonTexts::badTimeout();
@@ -159,8 +163,7 @@ Outcome install(const Invocation &invocation, Context &context)
 
     ExitStatus status = ExitStatus::Done;
     for (const Candidate &candidate : candidates) {
-        const Outcome outcome =
-            installOne(candidate, context, invocation.has(QStringLiteral("--wait")), timeoutMs);
+        const Outcome outcome = installOne(candidate, context, invocation.has(Wait), timeoutMs);
         reportOutcome(outcome);
         status = firstFailure(status, outcome.status);
         if (outcome.status == ExitStatus::DaemonUnreachable)
@@ -254,16 +257,17 @@ QVector<Command> packageCommands()
     return {
         {QStringLiteral("install"),
          {{QStringLiteral("FILE"), ArgumentKind::File, false, true}},
-         {{QStringLiteral("--wait"), QString(), ArgumentKind::Word,
-           QStringLiteral("Wait until the app is there"), false},
+         {{Wait, QString(), ArgumentKind::Word, QStringLiteral("Wait until the app is there"),
+           false},
           CommonTexts::timeoutOption(InstallTimeoutS)},
          QStringLiteral("Install apps from APK files"),
          QStringLiteral("FILE is a path or a file URL. The runtime is started if needed. Without "
-                        "--wait, done means that bramd took\nthe file; a notice tells what became "
+                        "--wait, done means that bramd took the file; a notice tells what became "
                         "of it. With several files and --wait, one is installed after the "
-                        "other.\nNothing here "
+                        "other. That an installation has failed shows in a notice on the phone "
+                        "only, so that --wait waits its full time then. Nothing here "
                         "shows when the same version is installed again, nor apps without anything "
-                        "to open: they are\nnot confirmed."),
+                        "to open: they are not confirmed."),
          install},
         {QStringLiteral("remove"),
          {CommonTexts::packageArgument()},
@@ -272,7 +276,7 @@ QVector<Command> packageCommands()
           CommonTexts::timeoutOption(RemoveTimeoutS)},
          QStringLiteral("Remove an app and its data"),
          QStringLiteral("Waits until the host has forgotten the app. The runtime is started if "
-                        "needed. An app without anything to open is\nnever listed by the host; its "
+                        "needed. An app without anything to open is never listed by the host; its "
                         "removal is not confirmed."),
          remove},
     };

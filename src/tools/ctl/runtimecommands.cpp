@@ -166,7 +166,8 @@ QVector<Command> runtimeCommands()
          QStringLiteral("Show the state of bramd and of the Android runtime"),
          QStringLiteral("Starts neither of them. The runtime's state is what systemd says of "
                         "umbravm.service."),
-         status},
+         status,
+         Effect::Answers},
         {QStringLiteral("start"),
          {},
          timeout,
@@ -196,12 +197,15 @@ QVector<Command> runtimeCommands()
          json,
          QStringLiteral("Show the versions of bramctl and of Android"),
          QString(),
-         version},
+         version,
+         Effect::Answers},
         {QStringLiteral("usage"),
          {},
          json,
          QStringLiteral("Measure the disk use of all apps' data"),
-         QStringLiteral("It may take half a minute, in which bramd does nothing else."),
-         usage},
+         QStringLiteral("It may take half a minute, in which bramd does nothing else. "
+                        "The runtime need not run, unlike for “size”."),
+         usage,
+         Effect::Answers},
     };
 }

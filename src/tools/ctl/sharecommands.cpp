@@ -65,9 +65,14 @@ Outcome targets(const Invocation &invocation, Context &context)
                      target.takesSeveral ? QStringLiteral("several") : QStringLiteral("one"),
                      target.mimeTypes.join(QLatin1Char(' '))});
     }
-    context.out().answer(invocation.has(QStringLiteral("--json")), array,
-                         array.isEmpty() ? QStringList(reason(registry.state))
-                                         : TextTable::lines(rows));
+    QStringList lines = TextTable::lines(rows);
+    if (array.isEmpty() && context.unit().read().isActive()) {
+        lines = QStringList(QStringLiteral("No app takes what is shared. “bramctl doctor” tells "
+                                           "if one should."));
+    } else if (array.isEmpty()) {
+        lines = QStringList(reason(registry.state));
+    }
+    context.out().answer(invocation.has(QStringLiteral("--json")), array, lines);
     return {};
 }
 
@@ -131,9 +136,9 @@ QVector<Command> shareCommands()
          QStringLiteral("Share files, or a text, into an app"),
          QStringLiteral(
              "Arguments that are no files are the words of a text, unless they look like "
-             "files. Files have to be in your home\ndirectory or on a memory card, where "
+             "files. Files have to be in your home directory or on a memory card, where "
              "the runtime sees them. Those of a type that begins with “text/” go "
-             "as\nfiles of any type, because bramd takes that type for a text to be "
+             "as files of any type, because bramd takes that type for a text to be "
              "pasted."),
          share},
         {QStringLiteral("targets"),
@@ -143,6 +148,7 @@ QVector<Command> shareCommands()
          QStringLiteral(
              "Reads the sharing registry, which is empty until the runtime has announced "
              "its apps."),
-         targets},
+         targets,
+         Effect::Answers},
     };
 }

@@ -17,6 +17,7 @@ private Q_SLOTS:
     void theOverviewHasEveryCommand();
     void usageShowsWhatIsOptionalAndRepeated();
     void aPageExplainsEveryOption();
+    void helpFitsTerminals();
 };
 
 void CommandTableTest::rowsAreSound()
@@ -68,6 +69,18 @@ void CommandTableTest::aPageExplainsEveryOption()
         for (const Option &option : command.options)
             QVERIFY2(page.contains(option.help), qUtf8Printable(option.name));
     }
+}
+
+void CommandTableTest::helpFitsTerminals()
+{
+    QString all = Help::overview(CommandTable::commands());
+    for (const Command &command : CommandTable::commands())
+        all += Help::page(command);
+    for (const QString &line : all.split(QLatin1Char('\n')))
+        QVERIFY2(line.size() <= 80, qUtf8Printable(line));
+    const QString page = Help::page(*CommandTable::find("intent"_q)).section("\n\n"_q, 0, 0);
+    QVERIFY(page.contains("\n       ["_q));
+    QCOMPARE(page.simplified(), "Usage: "_q + Help::usage(*CommandTable::find("intent"_q)));
 }
 
 QTEST_GUILESS_MAIN(CommandTableTest)
