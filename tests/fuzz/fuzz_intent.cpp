@@ -31,11 +31,33 @@ bool readsBack(const ClipData &clip)
                        [](const ClipDataItem &item) { return readsBack(item); });
 }
 
+int depth(const ClipData &clip);
+
+int depth(const Intent &intent)
+{
+    return 1 + std::max(intent.selector ? depth(*intent.selector) : 0,
+                        intent.clipData ? depth(*intent.clipData) : 0);
+}
+
+int depth(const ClipDataItem &item)
+{
+    return item.intent ? 1 + depth(*item.intent) : 0;
+}
+
+int depth(const ClipData &clip)
+{
+    int deepest = 0;
+    for (const ClipDataItem &item : clip.items)
+        deepest = std::max(deepest, depth(item));
+    return deepest;
+}
+
 template <typename Value>
 void check(const QByteArray &message, Value (*read)(BinderParcel &),
            void (*write)(BinderParcel &, const Value &))
 {
     const Value value = Encoding::readFrom(message, read);
+    expect(depth(value) <= MaxIntentDepth, "intents are not nested too deep");
     QString text;
     QDebug(&text) << value;
     // Every field has a name, and a character may be printed as an escape sequence.
