@@ -79,9 +79,9 @@
         <translation>Sovellusta asennetaan</translation>
     </message>
     <message id="bramd-install-no-file">
-        <source>This is no file on the device that can be read. Look where the file is now, or download it again.</source>
-        <extracomment>Body of the notice that an app file that was opened is not there, is a directory or a web address, or cannot be read.</extracomment>
-        <translation>Tämä ei ole laitteella oleva luettava tiedosto. Katso, missä tiedosto on nyt, tai lataa se uudelleen.</translation>
+        <source>This is no app file on the device that can be used. Look where the file is now, or download it again.</source>
+        <extracomment>Body of the notice that an app file that was opened is not there, is a directory, a web address or no app, or cannot be read.</extracomment>
+        <translation>Tämä ei ole laitteella oleva käyttökelpoinen sovellustiedosto. Katso, missä tiedosto on nyt, tai lataa se uudelleen.</translation>
     </message>
     <message id="bramd-install-refused">
         <source>The file was not accepted. See whether apps may be installed on this device and there is enough storage space, then try again.</source>

@@ -11,7 +11,7 @@ from phone.waiting import wait_for
 import tools
 from conditions import needs_other_users
 from daemonsteps import DAEMON, expect_deaths, start_beside_runtime
-from hostfiles import INCOMING, download, entries
+from hostfiles import INCOMING, download, entries, home_file
 from texts import ENGLISH, catalogue
 
 ENTRY = Path(__file__).resolve().parents[2] / "data/bramd-open-apk.desktop"
@@ -88,6 +88,19 @@ def test_a_file_that_is_not_there_is_told_of(phone):
             for notice in own_notices(phone, 1)] == [
                 (0, f"{ENGLISH['bramd-install-failed']}: gone.apk",
                  ENGLISH["bramd-install-no-file"])]
+
+
+@pytest.mark.parametrize(("name", "says"), [
+    ("note.txt", "is no Android package"), ("app.xapk", "holds an app split into several")])
+def test_a_file_that_is_no_app_starts_nothing(phone, name, says):
+    phone.start_daemon()
+    path = home_file(name)
+    result = open_apk(path)
+    assert result.returncode == 1
+    assert says in complaint(result)
+    assert [(notice["summary"], notice["body"]) for notice in own_notices(phone, 1)] == [
+        (f"{ENGLISH['bramd-install-failed']}: {name}", ENGLISH["bramd-install-no-file"])]
+    assert phone.unit.state() == "inactive"
 
 
 @pytest.mark.parametrize(("words", "says"), [

@@ -1,16 +1,14 @@
 #include "tools/ctl/packagecommands.h"
 
 #include "tools/common/daemonclient.h"
-#include "tools/common/hostfile.h"
+#include "tools/common/installable.h"
 #include "tools/common/location.h"
 #include "tools/common/runtimeready.h"
 #include "tools/common/runtimeunit.h"
-#include "tools/ctl/apkfile.h"
 #include "tools/ctl/appentry.h"
 #include "tools/ctl/command.h"
 #include "tools/ctl/commontexts.h"
 #include "tools/ctl/context.h"
-#include "tools/ctl/fileargument.h"
 #include "tools/ctl/installwatch.h"
 #include "tools/ctl/requestwait.h"
 #include "tools/ctl/waiting.h"
@@ -27,35 +25,16 @@ constexpr int RemoveTimeoutS = 120;
 const QString Wait = QStringLiteral("--wait");
 const QString Unlisted = QStringLiteral("--unlisted");
 
-/// A file that is to be installed, and what became clear about it before anybody was asked.
 struct Candidate
 {
     QString path;
-    ApkFile apk;
-    QString complaint; ///< a sentence; empty when the file can be handed over
+    Installable file;
 };
 
 Candidate examine(const QString &argument)
 {
-    Candidate candidate;
     const Location location = locationOf(argument, QDir::currentPath());
-    candidate.path = location.address;
-    const QString &path = candidate.path;
-    if (location.isFile && FileArgument::isSplitArchive(path)) {
-        candidate.complaint = QStringLiteral("“%1” holds an app split into several packages, which "
-                                             "cannot be installed: get the app as one .apk file.")
-                                  .arg(path);
-        return candidate;
-    }
-    candidate.complaint = HostFile::checkForReading(location).sentence;
-    if (!candidate.complaint.isEmpty())
-        return candidate;
-    candidate.apk = ApkFile::read(path);
-    if (!candidate.apk.isApk()) {
-        candidate.complaint =
-            QStringLiteral("“%1” is no Android package, or a damaged one: get it again.").arg(path);
-    }
-    return candidate;
+    return {location.address, Installable::examine(location)};
 }
 
 /// The wait for an app came to nothing.
@@ -99,12 +78,12 @@ Outcome notInstalled(const RequestWait &wait, RequestWait::End end, const Instal
 Outcome waitForApp(const Candidate &candidate, const InstallWatch &watch, Context &context,
                    int timeoutMs)
 {
-    const QString &package = candidate.apk.packageName;
+    const QString &package = candidate.file.apk.packageName;
     if (watch.hadThisVersion()) {
         return {ExitStatus::NotConfirmed,
                 QStringLiteral("%1 was there in version %2 before, so that nothing here shows when "
                                "it is installed again. A notice on the screen tells.")
-                    .arg(package, candidate.apk.versionName)};
+                    .arg(package, candidate.file.apk.versionName)};
     }
     RequestWait wait(context, true);
     const RequestWait::End end = wait.until([&watch] { return watch.hasChanged(); }, timeoutMs);
@@ -118,9 +97,9 @@ Outcome waitForApp(const Candidate &candidate, const InstallWatch &watch, Contex
 
 Outcome installOne(const Candidate &candidate, Context &context, bool wait, int timeoutMs)
 {
-    if (!candidate.complaint.isEmpty())
-        return {ExitStatus::Refused, candidate.complaint};
-    const InstallWatch watch(candidate.apk.packageName, candidate.apk.versionName);
+    if (!candidate.file.outcome.isDone())
+        return candidate.file.outcome;
+    const InstallWatch watch(candidate.file.apk.packageName, candidate.file.apk.versionName);
     QDBusPendingReply<bool> reply = context.daemon().proxy().installFile(candidate.path);
     const Outcome outcome = context.daemon().finish(reply);
     if (!outcome.isDone())
@@ -129,9 +108,9 @@ Outcome installOne(const Candidate &candidate, Context &context, bool wait, int 
         return RuntimeReady::installRefusal(context.unit(), candidate.path);
     context.out().line(
         wait ? QStringLiteral("bramd has taken %1 (%2).")
-                   .arg(candidate.path, candidate.apk.packageName)
+                   .arg(candidate.path, candidate.file.apk.packageName)
              : QStringLiteral("bramd has taken %1 (%2). A notice tells when it is installed.")
-                   .arg(candidate.path, candidate.apk.packageName));
+                   .arg(candidate.path, candidate.file.apk.packageName));
     return wait ? waitForApp(candidate, watch, context, timeoutMs) : Outcome();
 }
 
@@ -156,7 +135,7 @@ Outcome install(const Invocation &invocation, Context &context)
         candidates.append(examine(argument));
     const bool anyUsable =
         std::any_of(candidates.cbegin(), candidates.cend(),
-                    [](const Candidate &candidate) { return candidate.complaint.isEmpty(); });
+                    [](const Candidate &candidate) { return candidate.file.outcome.isDone(); });
     const Outcome ready = anyUsable ? requireInstaller(context) : Outcome();
     if (!ready.isDone())
         return ready;

@@ -18,7 +18,8 @@ bool operator==(const ApkNotice &left, const ApkNotice &right);
 /// The file is on its way to the daemon.
 ApkNotice installingNotice(const QString &fileName);
 
-/// There is no such file to install, or none that the user can read, or it is none of this phone.
+/// There is no such file to install, none that the user can read, or it is no app or not on this
+/// phone.
 ApkNotice unusableFileNotice(const QString &fileName);
 
 /// What is shown in the place of installingNotice() once it is known what has become of it, if

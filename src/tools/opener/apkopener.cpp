@@ -1,6 +1,6 @@
 #include "tools/opener/apkopener.h"
 
-#include "tools/common/hostfile.h"
+#include "tools/common/installable.h"
 #include "tools/common/location.h"
 #include "tools/common/runtimeready.h"
 #include "tools/opener/desktopnotice.h"
@@ -20,7 +20,7 @@ Outcome ApkOpener::open(const QString &argument)
     const Location location = locationOf(argument, QDir::currentPath());
     const QString fileName = QFileInfo(location.address).fileName();
     DesktopNotice notice(m_sessionBus);
-    const Outcome usable = HostFile::checkForReading(location);
+    const Outcome usable = Installable::examine(location).outcome;
     if (!usable.isDone()) {
         notice.show(unusableFileNotice(fileName));
         return usable;

@@ -1,7 +1,7 @@
 #include "support/testcase.h"
-#include "tools/ctl/apkfile.h"
+#include "tools/common/apkfile.h"
+#include "tools/common/ziparchive.h"
 #include "tools/ctl/literals.h"
-#include "tools/ctl/ziparchive.h"
 
 #include <QBuffer>
 #include <QFile>

@@ -1,5 +1,5 @@
 #include "support/testcase.h"
-#include "tools/ctl/fileargument.h"
+#include "tools/common/fileargument.h"
 #include "tools/ctl/literals.h"
 #include "tools/ctl/shareplan.h"
 

@@ -114,7 +114,7 @@ void TestApkOpener::a_runtime_that_cannot_run_is_told_of()
     QVERIFY(daemon.serve(bus.address()));
     const QDBusConnection client = QDBusConnection::connectToBus(bus.address(), Client);
 
-    const Outcome outcome = ApkOpener(client, client).open(QCoreApplication::applicationFilePath());
+    const Outcome outcome = ApkOpener(client, client).open(QStringLiteral(APKS "/weather.apk"));
 
     QVERIFY(outcome.status == ExitStatus::RuntimeUnavailable);
     QVERIFY2(outcome.sentence.contains(says), qPrintable(outcome.sentence));

@@ -1,7 +1,7 @@
-#include "tools/ctl/apkfile.h"
+#include "tools/common/apkfile.h"
 
 #include "config/runtimetext.h"
-#include "tools/ctl/ziparchive.h"
+#include "tools/common/ziparchive.h"
 
 #include <QFile>
 #include <QFileInfo>

@@ -1,4 +1,4 @@
-#include "tools/ctl/ziparchive.h"
+#include "tools/common/ziparchive.h"
 
 #include <QIODevice>
 #include <QtEndian>

@@ -1,4 +1,4 @@
-#include "tools/ctl/fileargument.h"
+#include "tools/common/fileargument.h"
 
 #include <QRegularExpression>
 
