@@ -45,7 +45,7 @@ void OutputTest::asksOnOneLine()
     QVERIFY(freopen("/dev/null", "r", stdin));
     CapturedStream stream(stderr);
     QVERIFY(!Confirmation::ask(QStringLiteral("Delete a\nb\x1b[2J?")));
-    QCOMPARE(stream.written(), QByteArray("Delete a b [2J? [y/N] "));
+    QCOMPARE(stream.written(), QByteArray("Delete a b [2J? [y/N] \n"));
 }
 
 QTEST_GUILESS_MAIN(OutputTest)
