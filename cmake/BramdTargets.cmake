@@ -25,6 +25,9 @@ target_compile_options(bramd_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
   # Qt's logging macros leave out variadic arguments, which only Clang minds.
   $<$<CXX_COMPILER_ID:Clang>:-Wno-gnu-zero-variadic-macro-arguments>
+  # A source that is compiled together with others is taken for a header, whose classes should not
+  # use what is in unnamed namespaces.
+  $<$<AND:$<CXX_COMPILER_ID:GNU>,$<BOOL:${CMAKE_UNITY_BUILD}>>:-Wno-subobject-linkage>
   $<$<BOOL:${BRAMD_WERROR}>:-Werror>)
 target_compile_definitions(bramd_options INTERFACE
   QT_NO_CAST_FROM_ASCII
