@@ -64,7 +64,8 @@ class Image:
         self._say = say
         self._apks = sorted((self._build / "sim/apks").glob("*.apk"))
         if not self._apks or not all((self._build / name).is_file() for name in PROGRAMS):
-            raise Unable(f"{self._build} is no complete build: build the target {TARGET} there")
+            raise Unable(f"{self._build} is no complete build; for build/dev: cmake --preset dev && "
+                         f"cmake --build --preset dev --target {TARGET}")
         _remove_leftovers()
         base = self._base()
         self.kernel, self.initrd = (self._of_boot(base, name) for name in ("vmlinuz", "initrd.img"))
