@@ -9,7 +9,7 @@ from bramctl import NO_RUNTIME, NOT_CONFIRMED, REFUSED, UNREACHABLE, bramctl, st
 from daemonsteps import claim_missing_settings_entries, expect_deaths, start_beside_runtime
 from hostfiles import DOWNLOADS, download, entries, home_file
 from launches import WEATHER
-from packagerequests import removed_packages
+from packagerequests import INSTALL_CODE_UMBRA, removed_packages
 from texts import ENGLISH
 
 PAPERTRAIL = "org.example.papertrail"
@@ -85,7 +85,7 @@ def test_the_same_version_again_is_not_waited_for(phone):
 
 def test_a_daemon_that_ends_ends_the_wait(phone, tmp_path):
     start_beside_runtime(phone)
-    phone.runtime.fault("package", "refuse")
+    phone.runtime.fault("umbra", "refuse", code=INSTALL_CODE_UMBRA)
     output = tmp_path / "output"
     process = start("install", str(download("weather")), "--wait", output=output)
     wait_for(lambda: "runtime is active" in output.read_text("utf-8"), "the wait")
@@ -122,7 +122,7 @@ def test_what_is_no_file_is_refused(phone, words, says):
 
 def test_a_runtime_that_dies_ends_the_wait(phone):
     start_beside_runtime(phone)
-    phone.runtime.fault("package", "hang")
+    phone.runtime.fault("umbra", "refuse", code=INSTALL_CODE_UMBRA)
     apk = download("weather")
     output = DOWNLOADS / "output"
     process = start("install", str(apk), "--wait", output=output)
