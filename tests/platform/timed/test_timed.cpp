@@ -168,10 +168,15 @@ void TestTimed::announced_zones_are_passed_on()
     const QStringList zones{QStringLiteral("America/Argentina/Buenos_Aires"), QStringLiteral("UTC"),
                             QStringLiteral("UTC"), QStringLiteral(""), Helsinki};
 
+    // Signals are taken from the owner of the service's name only, and the connection hears in its
+    // own time of who that is.
+    const QString heard = QStringLiteral("Asia/Kathmandu");
+    QTRY_VERIFY((timedate.announce(heard), m_zones.contains(heard)));
+
     for (const QString &zone : zones)
         timedate.announce(zone);
 
-    QTRY_COMPARE(m_zones, zones);
+    QTRY_COMPARE(m_zones.mid(m_zones.lastIndexOf(heard) + 1), zones);
 }
 
 void TestTimed::other_announcements_are_not_passed_on_data()
