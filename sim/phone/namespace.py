@@ -61,6 +61,11 @@ def mount_tmpfs(directory, *options):
     _mount("tmpfs", str(directory), "tmpfs", flags, data)
 
 
+def bind(source, directory):
+    """Puts one directory over another; undone by unmount()."""
+    _mount(str(source), str(directory), None, MS_BIND, None)
+
+
 def make_read_only(directory):
     """Puts a read-only view of a directory over itself; undone by unmount()."""
     _mount(str(directory), str(directory), None, MS_BIND, None)
