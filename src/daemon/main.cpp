@@ -10,12 +10,17 @@
 #include <QTextCodec>
 
 #include <cstdio>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
 
 constexpr int exitNotRoot = 2;
 constexpr int exitNoLogins = 3;
+
+/// Users' programs and the runtime read what is written here and by the programs that are run, and
+/// only root writes it, whoever started the daemon.
+constexpr mode_t umaskForPublicFiles = 0022;
 
 std::optional<uid_t> waitForLoggedInUser()
 {
@@ -31,6 +36,7 @@ int main(int argc, char *argv[])
         std::fprintf(stderr, "%s: Not running as root, exiting.\n", argv[0]);
         return exitNotRoot;
     }
+    ::umask(umaskForPublicFiles);
     const std::optional<uid_t> user = waitForLoggedInUser();
     if (!user)
         return exitNoLogins;
