@@ -98,7 +98,7 @@ def show_rest(phone, narrator, before):
     staged = len(list(hostfiles.STAGING.iterdir()))
     trouble = phone.daemon.log.unclaimed_trouble()
     check(not trouble, f"bramd logged: {trouble}")
-    phone.stop_daemon()
+    check(phone.stop_daemon() == 0, str(phone.daemon.process))
     phone.start_daemon()
     check(not list(hostfiles.STAGING.iterdir()), f"{hostfiles.STAGING} is not empty")
     narrator.step("staging", f"nothing, bramd being started anew ({staged} files before)")

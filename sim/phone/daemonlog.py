@@ -10,7 +10,7 @@ MESSAGE_PATTERN = "<%{type}> %{category}: %{message}"
 _RECORD = re.compile(r"<(debug|info|warning|critical|fatal)> ([\w.-]+): (.*)")
 
 TROUBLE = ("warning", "critical", "fatal")
-SANITIZER_REPORT = re.compile(r"ERROR: \w+Sanitizer|runtime error:|SUMMARY: \w+Sanitizer")
+SANITIZER_REPORT = re.compile(r"ERROR: \w+Sanitizer|runtime error:|SUMMARY: \w+Sanitizer|==\d+== ")
 
 
 @dataclass
