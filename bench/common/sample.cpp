@@ -20,17 +20,17 @@ QByteArray noise(quint32 seed, int size)
 
 QString packageName(int number)
 {
-    return QStringLiteral("org.example.app%1").arg(number, 4, 10, QLatin1Char('0'));
+    return QStringLiteral("org.sample.a%1").arg(number, 4, 10, QLatin1Char('0'));
 }
 
 QString className(int number)
 {
-    return packageName(number) + QStringLiteral(".MainActivity");
+    return packageName(number) + QStringLiteral(".Main");
 }
 
 QString label(int number)
 {
-    return QStringLiteral("Sample App %1").arg(number, 4, 10, QLatin1Char('0'));
+    return QStringLiteral("Album %1").arg(number, 4, 10, QLatin1Char('0'));
 }
 
 QString version()
@@ -46,8 +46,7 @@ QByteArray icon(int number)
 QString fileName(int number)
 {
     const QString digits = QStringLiteral("%1").arg(number, 4, 10, QLatin1Char('0'));
-    return QStringLiteral("bramd_launcher_org_example_app%1-org_example_app%1_MainActivity")
-        .arg(digits);
+    return QStringLiteral("bramd_launcher_org_sample_a%1-org_sample_a%1_Main").arg(digits);
 }
 
 QByteArray desktopEntry(int number)

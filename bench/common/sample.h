@@ -18,7 +18,7 @@ QByteArray icon(int number);
 /// "bramd_launcher_..." as the files of app `number` are called, without directory and suffix.
 QString fileName(int number);
 
-/// The files of app `number` as they have to lie there in the end, 353 bytes of entry for most.
+/// The files of app `number` as they have to lie there in the end, 353 bytes of entry.
 QByteArray desktopEntry(int number);
 QByteArray settingsEntry(int number);
 
