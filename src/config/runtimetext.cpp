@@ -10,6 +10,12 @@ namespace {
 
 constexpr int MaxExcerpt = 255;
 
+/// Nearly every character of nearly every text; to look up what the others are takes longer.
+bool isPrintableAscii(QChar character)
+{
+    return character >= QLatin1Char(' ') && character <= QLatin1Char('~');
+}
+
 bool breaksLines(QChar character)
 {
     return character.category() == QChar::Other_Control || character == QChar::LineSeparator ||
@@ -39,6 +45,8 @@ bool isNameCharacter(uint character)
 
 QString wellFormed(QString text)
 {
+    if (std::all_of(text.cbegin(), text.cend(), isPrintableAscii))
+        return text;
     for (int position = 0; position < text.size(); ++position) {
         if (isHalfPair(text, position))
             text[position] = QChar::ReplacementCharacter;
@@ -48,6 +56,8 @@ QString wellFormed(QString text)
 
 QString singleLine(QString text)
 {
+    if (std::all_of(text.cbegin(), text.cend(), isPrintableAscii))
+        return text;
     text = wellFormed(text);
     for (int position = 0; position < text.size(); ++position) {
         if (breaksLines(text.at(position)))
