@@ -1,37 +1,42 @@
 #include "launcher/settingsentry.h"
 
 #include "config/runtimetext.h"
+#include "launcher/jsontext.h"
 #include "launcher/launcherpaths.h"
 #include "launcher/logging.h"
 #include "launcher/publicfile.h"
 
 #include <QFileInfo>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
+#include <QStringBuilder>
 
 namespace SettingsEntry {
 
 QByteArray content(const QString &desktopFile, const QString &packageName,
                    const QString &packageVersion)
 {
-    const QString configurationPage = QStringLiteral(
-        "/usr/share/corvo-settings/pages/apk-configuration/apkConfigurationPage.qml");
-    const QJsonObject properties{
-        {QStringLiteral("packageName"), packageName},
-        {QStringLiteral("packageVersion"), RuntimeText::wellFormed(packageVersion)},
-    };
-    const QJsonObject params{
-        {QStringLiteral("source"), configurationPage},
-        {QStringLiteral("properties"), properties},
-    };
-    const QJsonObject entry{
-        {QStringLiteral("path"),
-         QLatin1String("applications/") + QFileInfo(desktopFile).fileName()},
-        {QStringLiteral("type"), QStringLiteral("page")},
-        {QStringLiteral("params"), params},
-    };
-    return QJsonDocument(QJsonObject{{QStringLiteral("entries"), QJsonArray{entry}}}).toJson();
+    const QString path = QLatin1String("applications/") + QFileInfo(desktopFile).fileName();
+    return "{\n"
+           "    \"entries\": [\n"
+           "        {\n"
+           "            \"params\": {\n"
+           "                \"properties\": {\n"
+           "                    \"packageName\": " %
+           JsonText::string(packageName) %
+           ",\n"
+           "                    \"packageVersion\": " %
+           JsonText::string(RuntimeText::wellFormed(packageVersion)) %
+           "\n"
+           "                },\n"
+           "                \"source\": \"/usr/share/corvo-settings/pages/apk-configuration/"
+           "apkConfigurationPage.qml\"\n"
+           "            },\n"
+           "            \"path\": " %
+           JsonText::string(path) %
+           ",\n"
+           "            \"type\": \"page\"\n"
+           "        }\n"
+           "    ]\n"
+           "}\n";
 }
 
 void write(const QString &desktopFile, const QString &packageName, const QString &packageVersion)

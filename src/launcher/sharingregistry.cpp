@@ -1,6 +1,5 @@
 #include "launcher/sharingregistry.h"
 
-#include "config/runtimetext.h"
 #include "launcher/apklauncher.h"
 #include "launcher/launcherpaths.h"
 #include "launcher/logging.h"
@@ -8,8 +7,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QJsonArray>
-#include <QJsonObject>
 
 namespace {
 
@@ -40,38 +37,10 @@ void write(const QByteArray &content)
 
 } // namespace
 
-QJsonDocument withShareTarget(const QJsonDocument &document, const ApkLauncher &launcher)
-{
-    const QString icon = LauncherPaths::icon(LauncherPaths::desktopFile(launcher));
-    QJsonArray mimeTypes;
-    for (const QString &type : launcher.shareMimeTypes)
-        mimeTypes.append(RuntimeText::wellFormed(type));
-    const QJsonObject target{
-        {QStringLiteral("label"), RuntimeText::wellFormed(launcher.label)},
-        {QStringLiteral("caption"), RuntimeText::wellFormed(launcher.caption)},
-        {QStringLiteral("icon"), icon},
-        {QStringLiteral("mimetypes"), mimeTypes},
-        {QStringLiteral("multi"), launcher.multi},
-    };
-
-    QJsonObject root = document.object();
-    QJsonObject package = root.value(launcher.packageName).toObject();
-    package.insert(launcher.className, target);
-    root.insert(launcher.packageName, package);
-    return QJsonDocument(root);
-}
-
-QJsonDocument withoutPackage(const QJsonDocument &document, const QString &packageName)
-{
-    QJsonObject root = document.object();
-    root.remove(packageName);
-    return QJsonDocument(root);
-}
-
 SharingRegistry::SharingRegistry()
 {
     makeDirectory(LauncherPaths::iconsDir());
-    write(m_document.toJson());
+    write(m_content);
 }
 
 void SharingRegistry::add(const ApkLauncher &launcher)
@@ -79,30 +48,34 @@ void SharingRegistry::add(const ApkLauncher &launcher)
     qCDebug(launcherLog) << "Adding" << launcher.packageName << launcher.className
                          << "to sharing plugins";
 
-    const QJsonDocument document = withShareTarget(m_document, launcher);
-    const QByteArray content = document.toJson();
-    if (content.size() > MaxBytes) {
-        if (!m_fullTold)
-            qCWarning(launcherLog) << "Too many share targets, leaving out this and what follows:"
-                                   << launcher.packageName << launcher.className;
-        m_fullTold = true;
-        return;
+    ShareTargets targets = m_targets;
+    if (targets.set(launcher)) {
+        const QByteArray content = targets.toJson();
+        if (content.size() > MaxBytes) {
+            if (!m_fullTold)
+                qCWarning(launcherLog)
+                    << "Too many share targets, leaving out this and what follows:"
+                    << launcher.packageName << launcher.className;
+            m_fullTold = true;
+            return;
+        }
+        m_targets = targets;
+        m_content = content;
     }
-    m_document = document;
-    if (!PublicFile::hasContent(sharingFile(), content))
-        write(content);
+    if (!PublicFile::hasContent(sharingFile(), m_content))
+        write(m_content);
 }
 
 void SharingRegistry::removePackage(const QString &packageName)
 {
-    if (m_document.isNull())
+    if (m_content.isEmpty())
         return;
 
-    m_document = withoutPackage(m_document, packageName);
+    m_targets.removePackage(packageName);
+    m_content = m_targets.toJson();
     m_fullTold = false;
-    const QByteArray content = m_document.toJson();
-    if (PublicFile::hasContent(sharingFile(), content))
+    if (PublicFile::hasContent(sharingFile(), m_content))
         return;
     qCDebug(launcherLog) << "Package" << packageName << "removed from sharing file. Writing.";
-    write(content);
+    write(m_content);
 }

@@ -1,23 +1,17 @@
 #pragma once
 
-#include <QJsonDocument>
+#include "launcher/sharetargets.h"
+
+#include <QByteArray>
 #include <QString>
 
 struct ApkLauncher;
 
-/// The document with the activity's share target added, or replaced when the document has one of
-/// the same package and class. A null document counts as an empty object.
-QJsonDocument withShareTarget(const QJsonDocument &document, const ApkLauncher &launcher);
-
-/// The document without all targets of a package.
-QJsonDocument withoutPackage(const QJsonDocument &document, const QString &packageName);
-
 /// The apps that take shared content, as the host's sharing front end reads them from
-/// "/var/lib/bramd/sharing.json":
-/// {package: {class: {"label", "caption", "icon": path, "mimetypes": [...], "multi": bool}}}.
-/// When the file cannot be written the change is kept and goes out with the next one.
+/// "/var/lib/bramd/sharing.json", which holds the JSON text of ShareTargets. When the file cannot
+/// be written the change is kept and goes out with the next one.
 ///
-/// The document is kept in memory and written as a whole with every change, so it has a limit that
+/// The text is kept in memory and written as a whole with every change, so it has a limit that
 /// no honest phone comes near (300 targets take 150 kB). A target that does not fit is left out,
 /// with one warning until a package goes.
 class SharingRegistry
@@ -32,6 +26,7 @@ public:
     void removePackage(const QString &packageName);
 
 private:
-    QJsonDocument m_document;
+    ShareTargets m_targets;
+    QByteArray m_content;    ///< what has to be in the file; empty until there was a target
     bool m_fullTold = false; ///< that a target does not fit
 };

@@ -62,6 +62,7 @@ void SettingsEntryTest::readsBackWhateverTheNames()
     const QByteArray content =
         SettingsEntry::content(m_desktopFile, QStringLiteral("a.b"), version);
 
+    QCOMPARE(content, QJsonDocument::fromJson(content).toJson());
     const QJsonObject entry = QJsonDocument::fromJson(content)
                                   .object()
                                   .value(QStringLiteral("entries"))

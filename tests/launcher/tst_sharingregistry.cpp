@@ -39,9 +39,6 @@ class SharingRegistryTest : public TestCase
 private Q_SLOTS:
     void init();
 
-    void mergesTargets();
-    void replacesATarget();
-    void removesAPackage();
     void startsWithAnEmptyFile();
     void makesTheDirectoryForEveryone();
     void warnsWhenTheDirectoryCannotBeMade();
@@ -60,53 +57,6 @@ void SharingRegistryTest::init()
 {
     TestCase::init();
     HostFiles::makeEmptyDirectory(Directory);
-}
-
-void SharingRegistryTest::mergesTargets()
-{
-    ApkLauncher multi = target(QStringLiteral("a.b"), QStringLiteral("a.b.Many"));
-    multi.multi = true;
-
-    QJsonDocument document = withShareTarget(QJsonDocument(), target());
-    document = withShareTarget(document, multi);
-    document = withShareTarget(document, target(QStringLiteral("c"), QStringLiteral("c.D")));
-
-    const QJsonObject root = document.object();
-    QCOMPARE(root.keys(), QStringList({QStringLiteral("a.b"), QStringLiteral("c")}));
-    const QJsonObject package = root.value(QStringLiteral("a.b")).toObject();
-    QCOMPARE(package.keys(),
-             QStringList({QStringLiteral("a.b.Many"), QStringLiteral("a.b.Share")}));
-    const QJsonObject expected{
-        {QStringLiteral("label"), QStringLiteral("Label")},
-        {QStringLiteral("caption"), QStringLiteral("Caption")},
-        {QStringLiteral("icon"), QStringLiteral("/var/lib/bramd/bramd_handler_a_b-a_b_Many.png")},
-        {QStringLiteral("mimetypes"),
-         QJsonArray{QStringLiteral("text/plain"), QStringLiteral("image/png")}},
-        {QStringLiteral("multi"), true},
-    };
-    QCOMPARE(package.value(QStringLiteral("a.b.Many")).toObject(), expected);
-}
-
-void SharingRegistryTest::replacesATarget()
-{
-    ApkLauncher newer = target();
-    newer.label = QStringLiteral("Newer");
-
-    const QJsonDocument document =
-        withShareTarget(withShareTarget(QJsonDocument(), target()), newer);
-
-    QCOMPARE(document, withShareTarget(QJsonDocument(), newer));
-}
-
-void SharingRegistryTest::removesAPackage()
-{
-    const QJsonDocument one = withShareTarget(QJsonDocument(), target());
-    const QJsonDocument two =
-        withShareTarget(one, target(QStringLiteral("c"), QStringLiteral("c.D")));
-
-    QCOMPARE(withoutPackage(two, QStringLiteral("c")), one);
-    QCOMPARE(withoutPackage(one, QStringLiteral("a")), one);
-    QVERIFY(withoutPackage(one, QStringLiteral("a.b")).object().isEmpty());
 }
 
 void SharingRegistryTest::startsWithAnEmptyFile()
