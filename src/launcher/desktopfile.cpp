@@ -3,14 +3,46 @@
 #include "launcher/logging.h"
 #include "launcher/publicfile.h"
 
-#include <QFile>
-#include <QTextStream>
+#include <QStringBuilder>
+
+#include <optional>
 
 namespace {
 
-QString groupHeader()
+constexpr char ByteOrderMark[] = "\xEF\xBB\xBF";
+
+constexpr QLatin1String GroupHeader("[Desktop Entry]");
+
+void warnOfMissingKey(const QString &path, const QString &key)
 {
-    return QStringLiteral("[Desktop Entry]");
+    qCWarning(launcherLog) << "File" << path << "does not have key:" << key;
+}
+
+/// The last line of the group that begins with the key; nothing if there is none. What the text is
+/// decoded to is the same whether that is done before or after it is split into lines.
+std::optional<QString> findValue(const QByteArray &content, const char *key)
+{
+    const QByteArray header(GroupHeader.data(), GroupHeader.size());
+    const QByteArray start = QByteArray(key) + '=';
+    QByteArray found;
+    bool inGroup = false;
+    int end = 0;
+    for (int begin = content.startsWith(ByteOrderMark) ? 3 : 0; begin < content.size();
+         begin = end + 1) {
+        end = content.indexOf('\n', begin);
+        if (end < 0)
+            end = content.size();
+        QByteArray line = QByteArray::fromRawData(content.constData() + begin, end - begin);
+        if (line.endsWith('\r'))
+            line.chop(1);
+        if (!inGroup)
+            inGroup = line == header;
+        else if (line.startsWith(start))
+            found = line;
+    }
+    if (found.isNull())
+        return std::nullopt;
+    return QString::fromUtf8(found).mid(start.size());
 }
 
 } // namespace
@@ -46,34 +78,47 @@ QString DesktopFile::value(const QString &key) const
 {
     const auto existing = m_entries.constFind(key);
     if (existing == m_entries.constEnd()) {
-        qCWarning(launcherLog) << "File" << m_path << "does not have key:" << key;
+        warnOfMissingKey(m_path, key);
         return QString();
     }
     return existing.value();
 }
 
+QString DesktopFile::readValue(const QString &path, const char *key)
+{
+    const QByteArray content = PublicFile::read(path).value_or(QByteArray());
+    const std::optional<QString> value = findValue(content, key);
+    if (!value)
+        warnOfMissingKey(path, QLatin1String(key));
+    return value.value_or(QString());
+}
+
 void DesktopFile::read()
 {
-    QFile file(m_path);
-    if (file.open(QIODevice::ReadOnly))
-        m_entries = parse(file.readAll());
+    if (const std::optional<QByteArray> content = PublicFile::read(m_path))
+        m_entries = parse(*content);
 }
 
 QMap<QString, QString> DesktopFile::parse(const QByteArray &content)
 {
     QMap<QString, QString> entries;
-    QTextStream stream(content);
-    stream.setCodec("UTF-8");
+    const QString text = QString::fromUtf8(content);
     bool inGroup = false;
-    QString line;
-    while (stream.readLineInto(&line)) {
+    int end = 0;
+    for (int begin = 0; begin < text.size(); begin = end + 1) {
+        end = text.indexOf(QLatin1Char('\n'), begin);
+        if (end < 0)
+            end = text.size();
+        QStringRef line = text.midRef(begin, end - begin);
+        if (line.endsWith(QLatin1Char('\r')))
+            line.chop(1);
         if (!inGroup) {
-            inGroup = line == groupHeader();
+            inGroup = line == GroupHeader;
             continue;
         }
         const int separator = line.indexOf(QLatin1Char('='));
         if (separator >= 0)
-            entries.insert(line.left(separator), line.mid(separator + 1));
+            entries.insert(line.left(separator).toString(), line.mid(separator + 1).toString());
     }
     return entries;
 }
@@ -92,15 +137,11 @@ void DesktopFile::write() const
 {
     qCDebug(launcherLog) << "Updating:" << m_path;
 
-    QByteArray content;
-    QTextStream stream(&content, QIODevice::WriteOnly);
-    stream.setCodec("UTF-8");
-    stream << groupHeader() << '\n';
+    QString text = GroupHeader + QLatin1Char('\n');
     for (auto entry = m_entries.constBegin(); entry != m_entries.constEnd(); ++entry)
-        stream << QStringLiteral("%1=%2").arg(entry.key(), entry.value()) << '\n';
-    stream.flush();
+        text += entry.key() % QLatin1Char('=') % entry.value() % QLatin1Char('\n');
 
-    switch (PublicFile::write(m_path, content)) {
+    switch (PublicFile::write(m_path, text.toUtf8())) {
     case PublicFile::WriteResult::Written:
         break;
     case PublicFile::WriteResult::CannotOpen:

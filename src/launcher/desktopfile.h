@@ -28,6 +28,10 @@ public:
     /// An empty string, with a warning, when there is no such key.
     QString value(const QString &key) const;
 
+    /// The value that a file has for a key, as above, without reading the rest of it. The key must
+    /// be plain ASCII.
+    static QString readValue(const QString &path, const char *key);
+
     /// The keys and values of a desktop file's text, by the rules above.
     static QMap<QString, QString> parse(const QByteArray &content);
 

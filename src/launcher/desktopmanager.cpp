@@ -19,8 +19,8 @@
 
 namespace {
 
-/// Whether the announcement can have files; if not, says why.
-bool isUsable(const ApkLauncher &launcher)
+/// Whether the announcement can have files, beginning with the desktop entry; if not, says why.
+bool isUsable(const ApkLauncher &launcher, const QString &desktopFile)
 {
     if (!RuntimeText::isUsableName(launcher.packageName) ||
         !RuntimeText::isUsableName(launcher.className)) {
@@ -29,7 +29,7 @@ bool isUsable(const ApkLauncher &launcher)
                                << RuntimeText::excerpt(launcher.className);
         return false;
     }
-    const QString fileName = QFileInfo(LauncherPaths::desktopFile(launcher)).fileName();
+    const QString fileName = QFileInfo(desktopFile).fileName();
     if (fileName.toUtf8().size() > PublicFile::maxNameBytes()) {
         qCWarning(launcherLog) << "Dropping launcher whose name is too long for a file:"
                                << RuntimeText::excerpt(launcher.packageName)
@@ -101,10 +101,10 @@ QString DesktopManager::applicationName(const QString &packageName) const
 
 void DesktopManager::onCreateLauncher(const ApkLauncher &launcher)
 {
-    if (!isUsable(launcher))
+    const QString path = LauncherPaths::desktopFile(launcher);
+    if (!isUsable(launcher, path))
         return;
 
-    const QString path = LauncherPaths::desktopFile(launcher);
     const bool existed = QFile::exists(path);
     qCDebug(launcherLog) << "onCreateLauncher:" << path;
 

@@ -4,7 +4,6 @@
 
 #include <QDir>
 #include <QFileInfo>
-#include <QRegularExpression>
 
 namespace LauncherPaths {
 
@@ -30,10 +29,31 @@ QString entryName(const QString &prefix, const QString &component)
     return QStringLiteral("%1%2%3").arg(prefix, component, desktopSuffix());
 }
 
-QString escaped(QString name)
+bool isDigit(QChar character)
 {
-    return name.replace(QLatin1Char('_'), QLatin1String("__"))
-        .replace(QLatin1Char('.'), QLatin1Char('_'));
+    return character >= QLatin1Char('0') && character <= QLatin1Char('9');
+}
+
+/// Without the "-" and digits at its end, if that is how it ends.
+QString withoutVersion(const QString &name)
+{
+    int end = name.size();
+    while (end > 0 && isDigit(name.at(end - 1)))
+        --end;
+    const bool hasVersion = end > 0 && end < name.size() && name.at(end - 1) == QLatin1Char('-');
+    return hasVersion ? name.left(end - 1) : name;
+}
+
+QString escaped(const QString &name)
+{
+    QString escapedName(name.size() + name.count(QLatin1Char('_')), Qt::Uninitialized);
+    QChar *end = escapedName.data();
+    for (const QChar character : name) {
+        *end++ = character == QLatin1Char('.') ? QLatin1Char('_') : character;
+        if (character == QLatin1Char('_'))
+            *end++ = character;
+    }
+    return escapedName;
 }
 
 } // namespace
@@ -80,6 +100,15 @@ QString handlerFilter()
     return entryName(handlerPrefix(), QStringLiteral("*"));
 }
 
+bool isEntryName(const QString &name)
+{
+    const auto matches = [&name](const QString &prefix) {
+        return name.size() >= prefix.size() + desktopSuffix().size() && name.startsWith(prefix);
+    };
+    return name.endsWith(desktopSuffix()) &&
+           (matches(launcherPrefix()) || matches(handlerPrefix()));
+}
+
 QString icon(const QString &desktopFile)
 {
     return QString(desktopFile)
@@ -95,9 +124,7 @@ QString settingsEntry(const QString &desktopFile)
 
 QString partnerSpaceMarker(const QString &packageName)
 {
-    const QRegularExpression versionSuffix(QStringLiteral("-\\d+\\.apk$"));
-    return partnerSpaceDir() +
-           QStringLiteral("%1.apk").arg(packageName).replace(versionSuffix, QStringLiteral(".apk"));
+    return partnerSpaceDir() + withoutVersion(packageName) + QLatin1String(".apk");
 }
 
 bool isApkPath(const QString &path)

@@ -25,6 +25,9 @@ QString desktopFile(const ApkLauncher &launcher);
 QString launcherFilter();
 QString handlerFilter();
 
+/// Whether one of them matches the name.
+bool isEntryName(const QString &name);
+
 /// The icon and the settings entry that belong to a desktop entry.
 QString icon(const QString &desktopFile);
 QString settingsEntry(const QString &desktopFile);

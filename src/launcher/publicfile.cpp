@@ -3,7 +3,11 @@
 #include <QFile>
 #include <QSaveFile>
 
+#include <cerrno>
 #include <climits>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace PublicFile {
 
@@ -15,6 +19,58 @@ constexpr QFileDevice::Permissions ReadableByAll = QFileDevice::ReadOwner |
 
 /// What QSaveFile appends to the name of a file for its temporary file.
 constexpr int TemporarySuffixBytes = sizeof(".XXXXXX") - 1;
+
+/// Far above what anybody keeps in such a file.
+constexpr qint64 MaxBytes = INT_MAX / 2;
+
+/// A file that is open for reading. QFile would ask the system twice as often, and with every start
+/// of the runtime all files of all apps are read.
+class OpenFile
+{
+public:
+    explicit OpenFile(const QString &path)
+        : m_descriptor(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC))
+    {
+    }
+    ~OpenFile()
+    {
+        if (m_descriptor >= 0)
+            ::close(m_descriptor);
+    }
+    OpenFile(const OpenFile &) = delete;
+    OpenFile &operator=(const OpenFile &) = delete;
+
+    /// Negative when the file is not open, and where there is no size.
+    qint64 size() const
+    {
+        struct stat status = {};
+        const bool known = ::fstat(m_descriptor, &status) == 0 && !S_ISDIR(status.st_mode);
+        return known ? static_cast<qint64>(status.st_size) : -1;
+    }
+
+    /// Up to `size` bytes; less only at the end of the file, nothing at all on failure.
+    std::optional<QByteArray> read(int size) const
+    {
+        QByteArray content(size, Qt::Uninitialized);
+        int done = 0;
+        while (done < size) {
+            const ssize_t count =
+                ::read(m_descriptor, content.data() + done, static_cast<std::size_t>(size - done));
+            if (count < 0 && errno == EINTR)
+                continue;
+            if (count < 0)
+                return std::nullopt;
+            done += static_cast<int>(count);
+            if (count == 0)
+                break;
+        }
+        content.truncate(done);
+        return content;
+    }
+
+private:
+    int m_descriptor;
+};
 
 } // namespace
 
@@ -30,11 +86,19 @@ WriteResult write(const QString &path, const QByteArray &content)
     return file.commit() ? WriteResult::Written : WriteResult::CannotWrite;
 }
 
+std::optional<QByteArray> read(const QString &path)
+{
+    const OpenFile file(path);
+    const qint64 size = file.size();
+    if (size < 0 || size > MaxBytes)
+        return std::nullopt;
+    return file.read(static_cast<int>(size));
+}
+
 bool hasContent(const QString &path, const QByteArray &content)
 {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) && file.size() == content.size() &&
-           file.readAll() == content;
+    const OpenFile file(path);
+    return file.size() == content.size() && file.read(content.size()) == content;
 }
 
 bool writeIfChanged(const QString &path, const QByteArray &content)

@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QString>
 
+#include <optional>
+
 /// Whole files that every user of the host may read (mode 0644, whatever the umask). They are
 /// replaced atomically: when writing fails the old file stays as it was. Nothing is logged here.
 namespace PublicFile {
@@ -14,6 +16,9 @@ enum class WriteResult {
 };
 
 WriteResult write(const QString &path, const QByteArray &content);
+
+/// What is in the file; nothing when it cannot be read.
+std::optional<QByteArray> read(const QString &path);
 
 /// Whether the file can be read and holds exactly `content`.
 bool hasContent(const QString &path, const QByteArray &content);

@@ -62,6 +62,13 @@ void DesktopFileTest::readsTheGroup_data()
     row("lines before the group are ignored", "Name=b\n# x\n[Desktop Entry]\nName=a\n", "a");
     row("lines without an equals sign are skipped", "[Desktop Entry]\nName\n\nName=a\n# b\n", "a");
     row("later lines win", "[Desktop Entry]\nName=b\nName=a\n", "a");
+    row("keys that begin alike", "[Desktop Entry]\nName=a\nNames=b\n Name=c\n", "a");
+    row("byte order marks",
+        "\xEF\xBB\xBF[Desktop Entry]\nName=b\xEF\xBB\xBF"
+        "a\n",
+        "b\xEF\xBB\xBF"
+        "a");
+    row("no UTF-8", "[Desktop Entry]\nName=\xE6\x97\n\xC0=b\nX=\xE6", "\xEF\xBF\xBD\xEF\xBF\xBD");
     row("later groups count too", "[Desktop Entry]\nName=b\n[Desktop Action x]\nName=a\n", "a");
 }
 
@@ -74,6 +81,7 @@ void DesktopFileTest::readsTheGroup()
     const DesktopFile file(m_path);
 
     QCOMPARE(file.value(QStringLiteral("Name")), value);
+    QCOMPARE(DesktopFile::readValue(m_path, "Name"), value);
 }
 
 void DesktopFileTest::isEmptyWithoutAFile()
@@ -83,8 +91,10 @@ void DesktopFileTest::isEmptyWithoutAFile()
 
     for (const QString &path : paths) {
         QCOMPARE(DesktopFile(path).value(QStringLiteral("Name")), QString());
-        QVERIFY(takeLogLine(QtWarningMsg,
-                            QStringLiteral("File \"%1\" does not have key: \"Name\"").arg(path)));
+        QCOMPARE(DesktopFile::readValue(path, "Name"), QString());
+        const QString line = QStringLiteral("File \"%1\" does not have key: \"Name\"").arg(path);
+        QVERIFY(takeLogLine(QtWarningMsg, line));
+        QVERIFY(takeLogLine(QtWarningMsg, line));
     }
 }
 

@@ -4,6 +4,8 @@
 
 #include <QtTest>
 
+#include <sys/stat.h>
+
 namespace {
 
 QString entry(const QString &name)
@@ -52,17 +54,21 @@ void InstalledEntriesTest::ordersPathsByPackage()
     writeEntry(QStringLiteral("bramd_launcher_2.desktop"), "B");
     writeEntry(QStringLiteral("bramd_handler_3.desktop"), "c");
     writeEntry(QStringLiteral("bramd_handler_4.desktop"), "a");
+    writeEntry(QStringLiteral("linked"), "d");
+    QVERIFY(QFile::link(entry(QStringLiteral("linked")),
+                        entry(QStringLiteral("bramd_handler_.desktop"))));
 
     const InstalledEntries entries;
 
     QCOMPARE(entries.all(), QStringList({entry(QStringLiteral("bramd_launcher_2.desktop")),
                                          entry(QStringLiteral("bramd_handler_4.desktop")),
                                          entry(QStringLiteral("bramd_handler_3.desktop")),
-                                         entry(QStringLiteral("bramd_launcher_1.desktop"))}));
+                                         entry(QStringLiteral("bramd_launcher_1.desktop")),
+                                         entry(QStringLiteral("bramd_handler_.desktop"))}));
     QCOMPARE(entries.ofPackage(QStringLiteral("c")),
              QStringList({entry(QStringLiteral("bramd_handler_3.desktop")),
                           entry(QStringLiteral("bramd_launcher_1.desktop"))}));
-    QCOMPARE(entries.ofPackage(QStringLiteral("d")), QStringList());
+    QCOMPARE(entries.ofPackage(QStringLiteral("e")), QStringList());
 }
 
 void InstalledEntriesTest::seesOnlyItsOwnFiles()
@@ -72,6 +78,10 @@ void InstalledEntriesTest::seesOnlyItsOwnFiles()
           "Bramd_Launcher_1.desktop", "bramd_launcher_1.desktop.bak", "x_bramd_launcher_1.desktop"})
         writeEntry(QString::fromLatin1(name), "a");
     HostFiles::makeEmptyDirectory(entry(QStringLiteral("bramd_launcher_dir.desktop")));
+    QVERIFY(QFile::link(entry(QString()), entry(QStringLiteral("bramd_launcher_link.desktop"))));
+    QVERIFY(
+        QFile::link(QStringLiteral("nowhere"), entry(QStringLiteral("bramd_handler_x.desktop"))));
+    QCOMPARE(::mkfifo("/usr/share/applications/bramd_handler_fifo.desktop", 0644), 0);
 
     QCOMPARE(InstalledEntries().all(), QStringList());
 }

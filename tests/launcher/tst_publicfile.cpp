@@ -22,6 +22,7 @@ private Q_SLOTS:
     void cannotOpenOnAReadOnlyDisk();
     void keepsTheOldFileWhenTheDiskIsFull_data();
     void keepsTheOldFileWhenTheDiskIsFull();
+    void reads();
     void comparesContent();
     void writesOnlyWhatChanged();
     void replacesFilesWithNamesUpToTheLimit();
@@ -108,6 +109,16 @@ void PublicFileTest::keepsTheOldFileWhenTheDiskIsFull()
 
     QCOMPARE(HostFiles::read(m_path), QByteArray("old"));
     QCOMPARE(HostFiles::filesBelow(m_directory), files);
+}
+
+void PublicFileTest::reads()
+{
+    HostFiles::write(m_path, QByteArray("a\0b\n", 4));
+    QCOMPARE(PublicFile::read(m_path), std::optional<QByteArray>(QByteArray("a\0b\n", 4)));
+    HostFiles::write(m_path, "");
+    QCOMPARE(PublicFile::read(m_path), std::optional<QByteArray>(QByteArray()));
+    QVERIFY(!PublicFile::read(QStringLiteral("/run/nowhere")));
+    QVERIFY(!PublicFile::read(m_directory));
 }
 
 void PublicFileTest::comparesContent()
