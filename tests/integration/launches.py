@@ -3,10 +3,9 @@
 import pytest
 
 from phone.namespace import USER
-from phone.waiting import wait_for
 
-from daemonsteps import BINDER, start_beside_runtime
-from hostfiles import download, entries
+from daemonsteps import BINDER, start_beside_runtime, wait_until_announced
+from hostfiles import download
 
 WEATHER = "org.example.weather"
 
@@ -40,9 +39,10 @@ ADDRESSES = {
 def start_with_weather(phone):
     """Daemon and runtime are up, and the app is installed; nothing else is recorded."""
     start_beside_runtime(phone)
+    since = phone.daemon.log.mark()
     assert phone.bramd.call("installFile", "s", str(download("weather"))) is True
     phone.notifications.wait_for_notice()
-    wait_for(entries, "the desktop entry")
+    wait_until_announced(phone, since)
     phone.notifications.forget()
     phone.runtime.forget()
 
