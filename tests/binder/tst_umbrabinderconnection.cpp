@@ -439,9 +439,9 @@ void UmbraBinderConnectionTest::givesNoClientToThoseWhoHearOfTheDisconnection()
     FakeBinder binder;
     binder.addService(Name);
     QVERIFY(m_host.setUnitState(QStringLiteral("active")));
-    UmbraBinderConnection connection(Name, Descriptor, Persistent);
     bool asked = false;
     bool given = false;
+    UmbraBinderConnection connection(Name, Descriptor, Persistent);
     connect(&connection, &UmbraBinderConnection::connectionChanged, &connection, [&] {
         asked = true;
         given = connection.client() != nullptr;

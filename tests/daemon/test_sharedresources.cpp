@@ -208,7 +208,8 @@ void TestSharedResources::a_resource_that_names_no_file_is_left_out_with_a_warni
 
     QTest::newRow("map") << QVariantList{QVariantMap{{text("name"), file}}}
                          << QStringList(text("\"\"")) << none;
-    QTest::newRow("list") << QVariantList{QVariantList{file}} << QStringList(text("\"\"")) << none;
+    QTest::newRow("list") << QVariantList{QVariant(QVariantList{file})} << QStringList(text("\"\""))
+                          << none;
     QTest::newRow("object path") << QVariantList{QVariant::fromValue(QDBusObjectPath(file))}
                                  << QStringList(text("\"\"")) << none;
     QTest::newRow("empty") << QVariantList{text("")} << QStringList(text("\"\"")) << none;

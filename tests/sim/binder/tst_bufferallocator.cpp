@@ -68,7 +68,7 @@ void TestBufferAllocator::neighboursJoin()
         space.take(8, 0, false);
     QCOMPARE(space.take(8, 0, false), Offset());
 
-    for (const std::uint64_t offset : {8, 24, 0, 16})
+    for (const std::uint64_t offset : {8U, 24U, 0U, 16U})
         space.giveBack(offset);
 
     QCOMPARE(space.take(32, 0, false), Offset(0));
