@@ -137,6 +137,18 @@ def test_it_comes_stays_and_goes(root):
     assert "editor.desktop" in cache and "bramd" not in cache
 
 
+def test_a_purge_follows_no_link_of_the_container(root):
+    """The data root is written by root of the container."""
+    root.write("srv/other/incoming/theirs", "")
+    link = root.path / "home/.android/data/xrs-staging/app"
+    link.parent.mkdir(parents=True)
+    link.symlink_to("/srv/other")
+    shutil.copy(SOURCES / "debian/bramd.postrm", root.path / "mnt/postrm")
+    purged = root.run("sh", "/mnt/postrm", "purge")
+    assert "/home/.android/data/xrs-staging/app is a link" in purged.stderr
+    assert present(root, ["srv/other/incoming/theirs"])
+
+
 def test_where_the_administrator_forbids_it_nothing_is_started(root):
     """Nor is anything left, in the end, of a data root that nobody else uses."""
     root.write("usr/sbin/policy-rc.d", '#!/bin/sh\necho "$*" >>/run/policy\nexit 101\n')
