@@ -37,6 +37,17 @@ Client::~Client()
     abandonWork(&m_processWork);
 }
 
+Books Client::books() const
+{
+    Books books;
+    books.pid = m_pid;
+    books.nodes = m_nodes.size();
+    books.references = m_references.size();
+    books.deaths = m_references.watchedCount();
+    books.buffers = m_area.deliveredCount();
+    return books;
+}
+
 bool Client::isIdle() const
 {
     return m_isLooper && m_innermostCall == nullptr && m_threadWork.empty();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "binder/books.h"
 #include "binder/deathnotices.h"
 #include "binder/node.h"
 #include "binder/receivearea.h"
@@ -37,6 +38,7 @@ public:
     Context &context() const { return m_context; }
     pid_t pid() const { return m_pid; }
     uid_t euid() const { return m_euid; }
+    Books books() const;
 
     /// BC_ENTER_LOOPER: only such a thread is given process work.
     bool isLooper() const { return m_isLooper; }

@@ -31,6 +31,8 @@ public:
     /// Whether to wait for the socket to become writable rather than readable.
     bool isSending() const { return m_sent < m_output.size(); }
 
+    Books books() const { return m_handler.books(); }
+
     /// Work can have come or gone since the last time.
     void showReadiness();
 

@@ -19,7 +19,8 @@ void usage(std::ostream &output)
 {
     output
         << "usage: bramd-sim-binder [--strict] [--interrupted-reads N] [--empty-reads N] DEVICE\n"
-           "Plays the binder driver at the socket DEVICE until it is terminated.\n"
+           "Plays the binder driver at the socket DEVICE until it is terminated. SIGUSR1 has it\n"
+           "print what it keeps for each open file.\n"
            "  --strict               exit with status 3 if a program has misused the driver\n"
            "  --interrupted-reads N  let every N-th read of a program fail with EINTR\n"
            "  --empty-reads N        let every N-th read of a program return nothing\n";

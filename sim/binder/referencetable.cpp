@@ -1,5 +1,7 @@
 #include "binder/referencetable.h"
 
+#include <algorithm>
+
 namespace SimBinder {
 
 Reference *ReferenceTable::find(std::uint32_t handle) const
@@ -39,6 +41,13 @@ void ReferenceTable::remove(std::uint32_t handle)
         return;
     m_byNode.erase(found->second->node.get());
     m_byHandle.erase(found);
+}
+
+std::size_t ReferenceTable::watchedCount() const
+{
+    return static_cast<std::size_t>(
+        std::count_if(m_byHandle.begin(), m_byHandle.end(),
+                      [](const auto &entry) { return entry.second->death != nullptr; }));
 }
 
 Reference *ReferenceTable::first() const

@@ -43,6 +43,9 @@ public:
 
     std::size_t size() const { return m_byHandle.size(); }
 
+    /// Of how many the death is to be told.
+    std::size_t watchedCount() const;
+
     /// Any one of them, or null when there is none.
     Reference *first() const;
 

@@ -50,6 +50,7 @@ public:
     std::optional<Answer> handle(Request request);
 
     bool hasWork() const { return m_client.hasWork(); }
+    Books books() const { return m_client.books(); }
 
     /// Counts and reports a misuse by this file's owner.
     void note(const std::string &misuse) const;

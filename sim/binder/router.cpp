@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
+#include <iostream>
 #include <sys/epoll.h>
 #include <sys/signalfd.h>
 #include <sys/socket.h>
@@ -27,12 +28,13 @@ bool isSocket(const std::string &path)
     return ::lstat(path.c_str(), &status) == 0 && S_ISSOCK(status.st_mode);
 }
 
-UniqueFd stopSignals()
+UniqueFd awaitedSignals()
 {
     sigset_t signals;
     sigemptyset(&signals);
     sigaddset(&signals, SIGTERM);
     sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGUSR1);
     if (::sigprocmask(SIG_BLOCK, &signals, nullptr) != 0)
         return UniqueFd();
     return UniqueFd(::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
@@ -67,7 +69,7 @@ bool Router::listen()
         ::unlink(m_path.c_str());
     }
     m_epoll.reset(::epoll_create1(EPOLL_CLOEXEC));
-    m_signals = stopSignals();
+    m_signals = awaitedSignals();
     m_spare.reset(::open("/dev/null", O_RDONLY | O_CLOEXEC));
     UniqueFd listener(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     if (!m_epoll.isValid() || !m_signals.isValid() || !listener.isValid())
@@ -109,8 +111,7 @@ int Router::processEvents(int timeoutMs)
     for (int i = 0; i < count; ++i) {
         const int fd = events[static_cast<std::size_t>(i)].data.fd;
         if (fd == m_signals.get()) {
-            m_isStopping = true;
-            ::epoll_ctl(m_epoll.get(), EPOLL_CTL_DEL, fd, nullptr);
+            onSignal();
         } else if (fd == m_listener.get()) {
             accept();
         } else {
@@ -118,6 +119,30 @@ int Router::processEvents(int timeoutMs)
         }
     }
     return count;
+}
+
+void Router::onSignal()
+{
+    signalfd_siginfo signal = {};
+    if (::read(m_signals.get(), &signal, sizeof signal) != sizeof signal)
+        return;
+    if (signal.ssi_signo == SIGUSR1) {
+        tellBooks();
+    } else {
+        m_isStopping = true;
+        ::epoll_ctl(m_epoll.get(), EPOLL_CTL_DEL, m_signals.get(), nullptr);
+    }
+}
+
+void Router::tellBooks()
+{
+    for (const auto &connection : m_connections) {
+        const Books books = connection.second->books();
+        std::cout << "bramd-sim-binder: pid " << books.pid << ": nodes " << books.nodes
+                  << ", references " << books.references << ", deaths " << books.deaths
+                  << ", buffers " << books.buffers << '\n';
+    }
+    std::cout << "bramd-sim-binder: books told: " << ++m_booksTold << std::endl;
 }
 
 void Router::accept()

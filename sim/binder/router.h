@@ -12,7 +12,8 @@
 namespace SimBinder {
 
 /// The router process's loop: accepts the open files of one device, whose node is a Unix stream
-/// socket, and serves them one request at a time until SIGTERM or SIGINT.
+/// socket, and serves them one request at a time until SIGTERM or SIGINT. SIGUSR1 has it print what
+/// it keeps for each open file.
 class Router
 {
 public:
@@ -29,6 +30,8 @@ public:
 private:
     bool watch(int fd, unsigned events, bool isNew) const;
     int processEvents(int timeoutMs);
+    void onSignal();
+    void tellBooks();
     void accept();
     void process(int socket);
     void showAllReadiness();
@@ -41,6 +44,7 @@ private:
     UniqueFd m_signals;
     UniqueFd m_spare; // given up to be able to turn a connection away when no other is free
     bool m_isStopping = false;
+    unsigned m_booksTold = 0;
     std::unordered_map<int, std::unique_ptr<Connection>> m_connections; // by socket
 };
 

@@ -58,6 +58,10 @@ class Process:
             self.end_expected = True
             self._popen.send_signal(number)
 
+    def signal(self, number):
+        """Sends a signal that it lives on after."""
+        self._popen.send_signal(number)
+
     def pause(self):
         """It hangs from now on."""
         self._popen.send_signal(signal.SIGSTOP)

@@ -1,11 +1,16 @@
 """The binder device "/dev/marshhopper", played by the userspace router."""
 
+import re
+import signal
 from pathlib import Path
 
 from .process import Process
 from .waiting import wait_for
 
 DEVICE = Path("/dev/marshhopper")
+
+_BOOKS_LINE = re.compile(r"^bramd-sim-binder: pid (\d+): (nodes .*)$", re.MULTILINE)
+_BOOKS_END = re.compile(r"^bramd-sim-binder: books told: \d+$", re.MULTILINE)
 
 
 class Router:
@@ -22,6 +27,22 @@ class Router:
     def misuse(self):
         """Complaints about users of the device that broke the driver's protocol."""
         return [line for line in self.process.output.splitlines() if "misuse" in line.lower()]
+
+    def books(self, pid):
+        """What the driver keeps for a process's open files together: "nodes" (its objects that
+        others hold), "references" (what it holds of others), "deaths" (that it has asked to be told
+        of), "buffers" (messages that it has not freed)."""
+        told = len(_BOOKS_END.findall(self.process.output))
+        self.process.signal(signal.SIGUSR1)
+        wait_for(lambda: len(_BOOKS_END.findall(self.process.output)) > told, "the driver's books")
+        page = _BOOKS_END.split(self.process.output)[told]
+        sums = {"files": 0, "nodes": 0, "references": 0, "deaths": 0, "buffers": 0}
+        for owner, counts in _BOOKS_LINE.findall(page):
+            if int(owner) == pid:
+                sums["files"] += 1
+                for name, count in re.findall(r"(\w+) (\d+)", counts):
+                    sums[name] += int(count)
+        return sums
 
     def stop(self):
         """Returns the exit status, which is not 0 after any misuse."""

@@ -14,6 +14,7 @@
 #include <QtTest>
 
 #include <cerrno>
+#include <csignal>
 #include <fcntl.h>
 #include <linux/android/binder.h>
 #include <poll.h>
@@ -118,6 +119,7 @@ private Q_SLOTS:
     void randomBytesDoNoHarm();
     void everyNthReadIsInterrupted();
     void everyNthReadIsEmpty();
+    void whatIsKeptForAFileIsToldOnRequest();
     void aDriverNoticesThatTheRouterIsGone();
     void aPathThatIsTooLongIsNoDevice();
 
@@ -491,6 +493,27 @@ void TestRouter::everyNthReadIsEmpty()
         reads.append(buffer.left(int(exchange.read_consumed)));
     }
     QCOMPARE(reads, (QList<QByteArray>{{}, bytesOf(BR_NOOP), {}, bytesOf(BR_NOOP)}));
+}
+
+void TestRouter::whatIsKeptForAFileIsToldOnRequest()
+{
+    QVERIFY(start({QStringLiteral("--strict")}));
+    const auto manager = openDriver();
+    QVERIFY(manager != nullptr);
+    quint32 unused = 0;
+    QCOMPARE(manager->control(BINDER_SET_CONTEXT_MGR, &unused), 0);
+    const QByteArray line = "bramd-sim-binder: pid " +
+                            QByteArray::number(QCoreApplication::applicationPid()) +
+                            ": nodes 1, references 0, deaths 0, buffers 0\n";
+    for (int told = 1; told <= 2; ++told) {
+        QCOMPARE(::kill(pid_t(m_router->processId()), SIGUSR1), 0);
+        QTRY_VERIFY_WITH_TIMEOUT(m_router->bytesAvailable() > line.size(), PatienceMs);
+        QCOMPARE(m_router->readLine(), line);
+        QTRY_VERIFY_WITH_TIMEOUT(m_router->canReadLine(), PatienceMs);
+        QCOMPARE(m_router->readLine(),
+                 "bramd-sim-binder: books told: " + QByteArray::number(told) + '\n');
+    }
+    QCOMPARE(stop(), 0);
 }
 
 void TestRouter::aDriverNoticesThatTheRouterIsGone()
