@@ -94,6 +94,7 @@ class Unit:
         # A container takes its time to stop, this program does not: let the news arrive first.
         self._manager.connection.flush()
         self._process.send_signal(signal.SIGTERM)
+        self._process.send_signal(signal.SIGCONT)
         GLib.timeout_add(STOP_TIMEOUT_MS, self._insist, self._process)
 
     def kill(self, number):
