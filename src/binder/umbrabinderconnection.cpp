@@ -45,6 +45,11 @@ std::shared_ptr<Binder::Client> UmbraBinderConnection::client()
     return self.isNull() ? nullptr : m_client;
 }
 
+bool UmbraBinderConnection::isConnected() const
+{
+    return m_client != nullptr && m_remoteObject != nullptr && !m_remoteObject->isKnownDead();
+}
+
 UmbraBinderTransaction *UmbraBinderConnection::createTransaction(quint32 code, bool oneWay)
 {
     const std::shared_ptr<Binder::Client> current = client();

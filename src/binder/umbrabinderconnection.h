@@ -42,7 +42,10 @@ public:
     /// hold it until the call has returned.
     std::shared_ptr<Binder::Client> client();
 
-    bool isConnected() const { return m_client != nullptr; }
+    /// Not from the moment on when the driver refuses a call because the service is gone, which can
+    /// be earlier than the notice of its death. So a call that leaves the connection up has been
+    /// sent, if not answered; one that does not has never reached anybody.
+    bool isConnected() const;
     const char *name() const { return m_serviceName; }
 
     /// A new call of the service, child of the connection; null when there is no client().

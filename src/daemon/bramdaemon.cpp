@@ -122,9 +122,7 @@ bool BramDaemon::installFile(const QString &filename, PackageSource source)
 
     const PackageMod request = installRequest(filename, staged, source, *m_config);
     qCDebug(daemonLog) << "Asking QRT to install:" << request.path;
-    if (isRuntimeReady()) {
-        triggerPackageMod(request);
-    } else {
+    if (!isRuntimeReady() || !handOver(request)) {
         qCDebug(daemonLog) << "Umbravm not running. Saving " << request << " for later";
         m_packageRequests.add(request);
     }
@@ -156,9 +154,7 @@ bool BramDaemon::removeFile(const QString &filename)
     const QString entryPackage = m_desktopManager.packageOfDesktopFile(filename);
     const QString package = packageForm(entryPackage.isEmpty() ? filename : entryPackage);
     const PackageMod request{package, false, true};
-    if (isRuntimeReady()) {
-        triggerPackageMod(request);
-    } else {
+    if (!isRuntimeReady() || !handOver(request)) {
         qCDebug(daemonLog) << "Umbravm not running. Will remove " << request << " later";
         m_packageRequests.add(request);
     }
@@ -246,8 +242,8 @@ void BramDaemon::launchApp(const QString &packageName)
     startRuntime();
     if (UmbraServiceMonitor::instance()->isConnected()) {
         qCDebug(daemonLog) << "Launching" << packageName;
-        UmbraServiceMonitor::instance()->launchPackage(packageName);
-        return;
+        if (launch(packageName))
+            return;
     }
     qCDebug(daemonLog) << "Starting Umbra to launch" << packageName;
     if (m_launches.add(packageName))
@@ -360,9 +356,30 @@ void BramDaemon::releaseRequests()
         const QString packageName = m_launches.takeFirst();
         qCDebug(daemonLog) << "Launching " << packageName << " (" << m_launches.size()
                            << " more in queue)";
-        UmbraServiceMonitor::instance()->launchPackage(packageName);
+        if (!launch(packageName)) {
+            m_launches.putBack(packageName);
+            return;
+        }
     }
-    m_packageRequests.release([this](const PackageMod &request) { triggerPackageMod(request); });
+    m_packageRequests.release([this](const PackageMod &request) { return handOver(request); });
+}
+
+bool BramDaemon::handOver(const PackageMod &request)
+{
+    triggerPackageMod(request);
+    if (isRuntimeReady())
+        return true;
+    qCDebug(daemonLog) << "The runtime is gone, keeping" << request;
+    return false;
+}
+
+bool BramDaemon::launch(const QString &packageName)
+{
+    UmbraServiceMonitor::instance()->launchPackage(packageName);
+    if (UmbraServiceMonitor::instance()->isConnected())
+        return true;
+    qCDebug(daemonLog) << "The runtime is gone, keeping" << packageName;
+    return false;
 }
 
 void BramDaemon::queueIntent(const Intent &intent)
@@ -371,7 +388,7 @@ void BramDaemon::queueIntent(const Intent &intent)
         return;
     if (m_activityManager.isConnected())
         startIntents();
-    else
+    if (!m_activityManager.isConnected()) // from the start, or it was refused
         publishRuntimeStarting(intent.package);
 }
 
@@ -380,8 +397,13 @@ void BramDaemon::startIntents()
     m_intents.workThrough([this](const Intent &intent) {
         qCDebug(daemonLog) << "Launching " << intent.action << intent.package;
         m_activityManager.startActivity(intent);
+        if (!m_activityManager.isConnected()) {
+            qCDebug(daemonLog) << "The runtime is gone, keeping" << intent.action << intent.package;
+            return false;
+        }
         if (!intent.package.isEmpty())
             waitForWindow(intent.package, QThread::msleep);
+        return true;
     });
 }
 

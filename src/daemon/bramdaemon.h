@@ -101,6 +101,11 @@ private:
     void startRuntime();
     bool isRuntimeReady() const;
     void releaseRequests();
+
+    /// False when the runtime turns out to be gone and has not been told of it.
+    bool handOver(const PackageMod &request);
+    bool launch(const QString &packageName);
+
     void queueIntent(const Intent &intent);
     void startIntents();
     void publishRuntimeStarting(const QString &packageName);

@@ -13,8 +13,9 @@ public:
     bool add(const Intent &intent) { return m_waiting.add(intent); }
 
     /// Hands each intent to `start`, in order and one at a time, those included that are added
-    /// meanwhile. A call from inside `start` does nothing: the outer one gets there.
-    void workThrough(const std::function<void(const Intent &)> &start);
+    /// meanwhile. A call from inside `start` does nothing: the outer one gets there. When `start`
+    /// returns false nobody was there to take the intent, which waits on with those behind it.
+    void workThrough(const std::function<bool(const Intent &)> &start);
 
 private:
     WaitingList<Intent> m_waiting;

@@ -3,8 +3,6 @@
 #include "config/runtimetext.h"
 #include "platform/host/logging.h"
 
-#include <QVector>
-
 bool PackageRequests::hasRoomFor(const QString &filename) const
 {
     if (!m_pending.isFull())
@@ -14,14 +12,29 @@ bool PackageRequests::hasRoomFor(const QString &filename) const
     return false;
 }
 
-void PackageRequests::release(const std::function<void(const PackageMod &)> &handOver)
+void PackageRequests::release(const std::function<bool(const PackageMod &)> &handOver)
 {
     QVector<PackageMod> handled;
     while (!m_pending.isEmpty()) {
         const PackageMod request = m_pending.takeFirst();
         if (handled.contains(request))
             continue;
+        if (!handOver(request)) {
+            keep(request, handled);
+            return;
+        }
         handled.append(request);
-        handOver(request);
     }
+}
+
+void PackageRequests::keep(const PackageMod &refused, const QVector<PackageMod> &handled)
+{
+    QVector<PackageMod> waiting{refused};
+    while (!m_pending.isEmpty()) {
+        const PackageMod request = m_pending.takeFirst();
+        if (!handled.contains(request))
+            waiting.append(request);
+    }
+    while (!waiting.isEmpty())
+        m_pending.putBack(waiting.takeLast());
 }

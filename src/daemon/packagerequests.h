@@ -3,6 +3,8 @@
 #include "daemon/packagemod.h"
 #include "daemon/waitinglist.h"
 
+#include <QVector>
+
 #include <functional>
 
 /// The requests made while the runtime was not ready, in order of arrival. They live in memory
@@ -17,9 +19,12 @@ public:
     bool add(const PackageMod &request) { return m_pending.add(request); }
 
     /// Empties the list: hands each request over, oldest first, but only the first of several
-    /// equal ones. A request that is added meanwhile is handed over too.
-    void release(const std::function<void(const PackageMod &)> &handOver);
+    /// equal ones. A request that is added meanwhile is handed over too. When `handOver` returns
+    /// false nobody was there to take the request, which waits on with those behind it.
+    void release(const std::function<bool(const PackageMod &)> &handOver);
 
 private:
+    void keep(const PackageMod &refused, const QVector<PackageMod> &handled);
+
     WaitingList<PackageMod> m_pending;
 };

@@ -10,9 +10,14 @@ bool WaitingLimit::enter(qint64 bytes)
         m_fullTold = true;
         return false;
     }
+    enterAgain(bytes);
+    return true;
+}
+
+void WaitingLimit::enterAgain(qint64 bytes)
+{
     ++m_requests;
     m_bytes += bytes;
-    return true;
 }
 
 void WaitingLimit::leave(qint64 bytes)

@@ -18,6 +18,7 @@ public:
 protected:
     /// False when the list is full, with one warning until it is empty again.
     bool enter(qint64 bytes);
+    void enterAgain(qint64 bytes);
     void leave(qint64 bytes);
 
 private:
@@ -48,6 +49,13 @@ public:
         const Request request = m_requests.takeFirst();
         leave(requestSize(request));
         return request;
+    }
+
+    /// Undoes takeFirst(), also when the list has become full since.
+    void putBack(const Request &request)
+    {
+        enterAgain(requestSize(request));
+        m_requests.prepend(request);
     }
 
 private:

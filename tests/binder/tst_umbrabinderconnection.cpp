@@ -57,6 +57,7 @@ private Q_SLOTS:
     void handsOutOneClient();
     void waitsForTheServiceToBeRegistered();
     void reconnectsAfterTheServicesDeath();
+    void isDownOnceACallIsRefused();
     void reconnectsOnceItsServiceIsThereAgain();
     void letsGoWhenTheUnitIsDeactivating();
     void opensTheDeviceAnewAfterwards();
@@ -190,6 +191,27 @@ void UmbraBinderConnectionTest::reconnectsAfterTheServicesDeath()
              QStringList(QStringLiteral("thing died! Trying to reconnect.")));
     QVERIFY(connection.client() != oldClient);
     QCOMPARE(binder.timesOpened(), 1);
+}
+
+void UmbraBinderConnectionTest::isDownOnceACallIsRefused()
+{
+    FakeBinder binder;
+    const auto before = binder.addService(Name);
+    QVERIFY(m_host.setUnitState(QStringLiteral("active")));
+    UmbraBinderConnection connection(Name, Descriptor, Persistent);
+    QSignalSpy changed(&connection, &UmbraBinderConnection::connectionChanged);
+    const auto client = connection.client();
+    binder.addService(Name);
+    binder.kill(before);
+    QVERIFY(connection.isConnected()); // nobody has told it
+
+    QVERIFY(client->transact(7, *client->createRequest()) == nullptr);
+
+    QVERIFY(!connection.isConnected());
+    QCOMPARE(told(changed), QVector<bool>());
+    QTRY_COMPARE(told(changed), QVector<bool>({false, true}));
+    QVERIFY(connection.isConnected());
+    QVERIFY(takeLogLine(QtWarningMsg, QStringLiteral("thing died! Trying to reconnect.")));
 }
 
 void UmbraBinderConnectionTest::reconnectsOnceItsServiceIsThereAgain()

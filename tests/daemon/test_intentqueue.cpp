@@ -17,12 +17,13 @@ Intent intent(const QString &action)
 /// Keeps which intents are started, and answers a start with more work.
 struct Starts
 {
-    void operator()(const Intent &started)
+    bool operator()(const Intent &started)
     {
         actions.append(started.action);
         if (meanwhile)
             meanwhile(started.action);
         actions.append(started.action + QStringLiteral(" done"));
+        return true;
     }
 
     QStringList actions;
@@ -44,6 +45,7 @@ private Q_SLOTS:
     void what_is_added_meanwhile_comes_after_what_waits();
     void a_nested_pass_starts_nothing();
     void the_queue_works_again_after_a_nested_pass();
+    void what_nobody_takes_waits_on_with_those_behind_it();
 };
 
 void TestIntentQueue::what_waits_is_started_in_order_and_once()
@@ -110,7 +112,10 @@ void TestIntentQueue::the_whole_intent_is_handed_over()
     QVector<Intent> started;
     queue.add(full);
 
-    queue.workThrough([&started](const Intent &one) { started.append(one); });
+    queue.workThrough([&started](const Intent &one) {
+        started.append(one);
+        return true;
+    });
 
     QCOMPARE(started.size(), 1);
     QVERIFY(started.first() == full);
@@ -171,6 +176,26 @@ void TestIntentQueue::the_queue_works_again_after_a_nested_pass()
 
     QCOMPARE(starts.actions, QStringList({QStringLiteral("A"), QStringLiteral("A done"),
                                           QStringLiteral("B"), QStringLiteral("B done")}));
+}
+
+void TestIntentQueue::what_nobody_takes_waits_on_with_those_behind_it()
+{
+    IntentQueue queue;
+    queue.add(intent(QStringLiteral("A")));
+    queue.add(intent(QStringLiteral("B")));
+    queue.add(intent(QStringLiteral("C")));
+    QStringList offered;
+
+    queue.workThrough([&offered](const Intent &one) {
+        offered.append(one.action);
+        return one.action != QLatin1String("B");
+    });
+    QCOMPARE(offered, QStringList({QStringLiteral("A"), QStringLiteral("B")}));
+
+    Starts starts;
+    queue.workThrough(std::ref(starts));
+    QCOMPARE(starts.actions, QStringList({QStringLiteral("B"), QStringLiteral("B done"),
+                                          QStringLiteral("C"), QStringLiteral("C done")}));
 }
 
 QTEST_GUILESS_MAIN(TestIntentQueue)

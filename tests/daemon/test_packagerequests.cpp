@@ -30,6 +30,8 @@ private Q_SLOTS:
     void the_same_request_passes_again_after_a_release();
     void a_request_added_meanwhile_is_released_too();
     void a_release_within_a_release_goes_on_where_that_one_is();
+    void what_nobody_takes_waits_on_with_those_behind_it();
+    void what_was_handed_over_before_is_not_handed_over_again();
     void a_request_is_readable_in_the_log_data();
     void a_request_is_readable_in_the_log();
 
@@ -40,7 +42,10 @@ private:
 QVector<PackageMod> TestPackageRequests::released(PackageRequests &requests)
 {
     QVector<PackageMod> handed;
-    requests.release([&handed](const PackageMod &request) { handed.append(request); });
+    requests.release([&handed](const PackageMod &request) {
+        handed.append(request);
+        return true;
+    });
     return handed;
 }
 
@@ -104,6 +109,7 @@ void TestPackageRequests::a_request_added_meanwhile_is_released_too()
         if (handed.isEmpty())
             requests.add(install("b.apk"));
         handed.append(request);
+        return true;
     });
 
     QCOMPARE(handed, QVector<PackageMod>({install("a.apk"), install("b.apk")}));
@@ -119,9 +125,39 @@ void TestPackageRequests::a_release_within_a_release_goes_on_where_that_one_is()
     requests.release([&requests, &handed](const PackageMod &request) {
         handed.append(request);
         handed += released(requests);
+        return true;
     });
 
     QCOMPARE(handed, QVector<PackageMod>({install("a.apk"), install("b.apk")}));
+}
+
+void TestPackageRequests::what_nobody_takes_waits_on_with_those_behind_it()
+{
+    PackageRequests requests;
+    const QVector<PackageMod> all{install("a.apk"), uninstall("b"), install("c.apk")};
+    for (const PackageMod &request : all)
+        requests.add(request);
+    QVector<PackageMod> offered;
+
+    requests.release([&offered](const PackageMod &request) {
+        offered.append(request);
+        return request.install;
+    });
+
+    QCOMPARE(offered, all.mid(0, 2));
+    QCOMPARE(released(requests), all.mid(1));
+}
+
+void TestPackageRequests::what_was_handed_over_before_is_not_handed_over_again()
+{
+    PackageRequests requests;
+    for (const PackageMod &request :
+         {install("a.apk"), uninstall("b"), install("a.apk"), uninstall("b")})
+        requests.add(request);
+
+    requests.release([](const PackageMod &request) { return request.install; });
+
+    QCOMPARE(released(requests), QVector<PackageMod>{uninstall("b")});
 }
 
 void TestPackageRequests::a_request_is_readable_in_the_log_data()

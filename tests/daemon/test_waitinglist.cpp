@@ -41,6 +41,7 @@ class TestWaitingList : public TestCase
 
 private Q_SLOTS:
     void hands_out_in_order();
+    void takes_back_what_it_has_handed_out();
     void takes_a_limited_number();
     void has_room_again();
     void takes_a_limited_size_data();
@@ -61,6 +62,26 @@ void TestWaitingList::hands_out_in_order()
     QCOMPARE(list.size(), 1);
     QCOMPARE(list.takeFirst(), QStringLiteral("b"));
     QVERIFY(list.isEmpty());
+}
+
+void TestWaitingList::takes_back_what_it_has_handed_out()
+{
+    WaitingList<QString> list;
+    accepted(list, megabyte());
+    QCOMPARE(takeLog(QtWarningMsg), QStringList(Full));
+    const QString first = list.takeFirst();
+    QVERIFY(list.add(QStringLiteral("last")));
+    while (list.add(QStringLiteral("a"))) {
+    }
+
+    list.putBack(first);
+
+    QVERIFY(list.isFull());
+    QCOMPARE(list.takeFirst(), first);
+    while (!list.isEmpty())
+        list.takeFirst();
+    QCOMPARE(accepted(list, megabyte()), int{WaitingLimit::MaxBytes / Megabyte});
+    QCOMPARE(takeLog(QtWarningMsg), QStringList(Full));
 }
 
 void TestWaitingList::takes_a_limited_number()
@@ -151,7 +172,7 @@ void TestWaitingList::package_requests_are_limited()
                         QStringLiteral("Too many requests wait for the runtime, refusing: "
                                        "\"/next.apk\"")));
 
-    requests.release([](const PackageMod &) {});
+    requests.release([](const PackageMod &) { return true; });
     QVERIFY(requests.hasRoomFor(next));
 }
 
@@ -161,7 +182,7 @@ void TestWaitingList::intents_are_limited()
     QCOMPARE(accepted(queue, Intent()), WaitingLimit::MaxRequests);
     QCOMPARE(takeLog(QtWarningMsg), QStringList(Full));
 
-    queue.workThrough([](const Intent &) {});
+    queue.workThrough([](const Intent &) { return true; });
     QVERIFY(queue.add(Intent()));
 }
 

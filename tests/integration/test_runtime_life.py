@@ -8,7 +8,9 @@ from daemonsteps import (ANNOUNCED, BINDER, DIED, SERVICE, connected_line, expec
                          forgive_deaths, start_beside_runtime, start_runtime,
                          wait_until_announced, wait_until_connected)
 from hostfiles import download, entries, traces
-from packagerequests import check_removal, install_paths, installs, removals
+from launches import LAUNCH_PACKAGE, START_ACTIVITY, launched_packages, started_intents
+from packagerequests import (check_removal, install_paths, installs, removals,
+                             removed_packages)
 from parcels import ADD_LAUNCHER, COMPLETE, int32, launcher, string16
 from texts import ENGLISH
 
@@ -345,3 +347,47 @@ def test_a_removal_waits_for_the_runtime_that_died(phone, running):
     phone.daemon.log.claim_all(DIED, "warning", BINDER)
     start_runtime(phone)
     check_removal(phone.runtime, WEATHER)
+
+
+def ask_for_removal(phone, name):
+    assert phone.bramd.call("removeFile", "s", name) is True
+
+
+def ask_for_launch(phone, name):
+    phone.bramd.call("launchApp", "s", name)
+
+
+def ask_for_intent(phone, name):
+    phone.bramd.call("launchIntent", "ssssssa{sv}", name, "", "", "", "", "", {})
+
+
+def started_actions(phone):
+    return [intent["action"] for intent in started_intents(phone)]
+
+
+@pytest.mark.parametrize("service, code, ask, received", [
+    ("package", 63, ask_for_removal, lambda phone: removed_packages(phone.runtime)),
+    ("umbra", LAUNCH_PACKAGE, ask_for_launch, launched_packages),
+    ("activity", START_ACTIVITY[28], ask_for_intent, started_actions),
+], ids=["removals", "launches", "intents"])
+def test_a_runtime_that_dies_takes_one_waiting_request_with_it(phone, bramd, service, code, ask,
+                                                                 received):
+    """What it can no longer be sent waits for the next one, and comes once."""
+    del bramd
+    names = ["org.example.first", "org.example.second", "org.example.third"]
+    phone.start_runtime(hold=[service])
+    phone.daemon.log.expect(f"Could not find remote object for {service}", "debug", BINDER)
+    for name in names:
+        ask(phone, name)
+    phone.runtime.fault(service, "die", code=code)
+    since = phone.daemon.log.mark()
+    phone.runtime.release(service)
+    phone.unit.wait_for_state("failed")
+    wait_for(lambda: any(text.startswith("The runtime is gone, keeping")
+                         for text in phone.daemon.log.texts(since)), "the refusal of the second")
+    assert received(phone) == names[:1]
+
+    expect_deaths(phone, since)
+    start_runtime(phone)
+    wait_for(lambda: len(received(phone)) == len(names), "the other requests")
+    assert received(phone) == names

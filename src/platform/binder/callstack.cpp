@@ -32,18 +32,34 @@ void CallStack::onCompleted()
     if (call != nullptr && !isTaken(*call))
         return;
     m_unconfirmed.pop_front();
-    if (call != nullptr && call->oneWay)
+    if (call == nullptr)
+        return;
+    call->confirmed = true;
+    if (call->oneWay)
         call->done = true;
+}
+
+void CallStack::onDead()
+{
+    if (!isAwaited())
+        return;
+    m_waiting.back()->refused = !m_waiting.back()->confirmed;
+    onAnswered(StatusDeadObject, nullptr);
 }
 
 void CallStack::onAnswered(Status status, std::unique_ptr<IncomingData> reply)
 {
-    if (m_waiting.empty() || m_waiting.back()->done || !isTaken(*m_waiting.back()))
+    if (!isAwaited())
         return;
     OutgoingCall *call = m_waiting.back();
     call->done = true;
     call->status = status;
     call->reply = std::move(reply);
+}
+
+bool CallStack::isAwaited() const
+{
+    return !m_waiting.empty() && !m_waiting.back()->done && isTaken(*m_waiting.back());
 }
 
 } // namespace Binder

@@ -14,7 +14,9 @@ struct OutgoingCall
 {
     quint64 commandEnd = 0; ///< of its command, in all the bytes that were ever queued
     bool oneWay = false;
+    bool confirmed = false; ///< the driver has sent it on
     bool done = false;
+    bool refused = false; ///< the driver has not sent it: whoever would serve it is gone
     Status status = StatusOk;
     std::unique_ptr<IncomingData> reply;
 };
@@ -40,9 +42,11 @@ public:
     void onTaken(quint64 bytes) { m_bytesTaken = bytes; }
 
     void onCompleted();
+    void onDead();
     void onAnswered(Status status, std::unique_ptr<IncomingData> reply);
 
 private:
+    bool isAwaited() const;
     bool isTaken(const OutgoingCall &call) const { return call.commandEnd <= m_bytesTaken; }
 
     std::vector<OutgoingCall *> m_waiting;

@@ -177,6 +177,10 @@ Status Process::transact(Handle target, quint32 code, quint32 flags, const Outgo
         onLost();
         return StatusDeadObject;
     }
+    // A call from within a served one can be refused for the end of a mere thread.
+    if (const auto object =
+            call.refused && m_serving == 0 ? m_remoteObjects[target].lock() : nullptr)
+        object->onRefused();
     flushWhenIdle();
     if (reply != nullptr)
         *reply = std::move(call.reply);
@@ -270,7 +274,7 @@ void Process::dispatch(ReturnStream &returns)
             m_calls.onCompleted();
             break;
         case BR_DEAD_REPLY:
-            m_calls.onAnswered(StatusDeadObject, nullptr);
+            m_calls.onDead();
             break;
         case BR_FAILED_REPLY:
         case BR_FROZEN_REPLY:

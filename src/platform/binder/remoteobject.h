@@ -27,12 +27,18 @@ public:
     /// Afterwards the handler does not run any more. Unknown ids and NoHandler are ignored.
     void removeHandler(HandlerId id);
 
+    /// The driver has refused to send a call: its process was gone before. A call that was not
+    /// answered because the process died meanwhile is no such call, and death handlers run later.
+    bool isKnownDead() const { return m_knownDead; }
+    void onRefused() { m_knownDead = true; } ///< for Process
+
     Handle handle() const { return m_handle; }
     const std::shared_ptr<Process> &process() const { return m_process; }
 
 private:
     std::shared_ptr<Process> m_process;
     Handle m_handle;
+    bool m_knownDead = false;
 };
 
 } // namespace Binder

@@ -19,6 +19,8 @@ private Q_SLOTS:
     void handlersCanRemoveOneAnother();
     void handlersMayReleaseEverything();
     void deathIsNotToldInsideACall();
+    void isKnownToBeDeadOnceACallIsRefused();
+    void isNotKnownToBeDeadForWantOfAnAnswer();
     void releasedObjectsAreNotTold();
     void objectsReleasedAfterDeathAreNotTold();
     void unknownIdsAreIgnored();
@@ -173,6 +175,40 @@ void TestRemoteObject::deathIsNotToldInsideACall()
     QCOMPARE(status, StatusDeadObject);
     QVERIFY(!told);
     QTRY_VERIFY(told);
+}
+
+void TestRemoteObject::isKnownToBeDeadOnceACallIsRefused()
+{
+    Phone phone;
+    const auto object = phone.manager->getService("thing");
+    const auto other = phone.binder.addService("other");
+    const auto otherObject = phone.manager->getService("other");
+    bool told = false;
+    object->addDeathHandler([&] { told = true; });
+    phone.binder.kill(phone.thing);
+    QVERIFY(!object->isKnownDead());
+
+    QVERIFY(phone.client->transact(5, *phone.client->createRequest()) == nullptr);
+
+    QVERIFY(object->isKnownDead());
+    QVERIFY(!otherObject->isKnownDead());
+    QVERIFY(!told);
+    QTRY_VERIFY(told);
+}
+
+// Whoever died has had the call, or may have had it.
+void TestRemoteObject::isNotKnownToBeDeadForWantOfAnAnswer()
+{
+    Phone phone;
+    const auto object = phone.manager->getService("thing");
+    phone.thing->setReply(5, FakeReply::dead());
+    phone.thing->setReply(6, FakeReply::statusCode(StatusDeadObject));
+    phone.thing->setReply(7, FakeReply::failed());
+
+    for (quint32 code = 5; code <= 7; ++code)
+        QVERIFY(phone.client->transact(code, *phone.client->createRequest()) == nullptr);
+
+    QVERIFY(!object->isKnownDead());
 }
 
 void TestRemoteObject::releasedObjectsAreNotTold()
