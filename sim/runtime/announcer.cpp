@@ -6,6 +6,8 @@
 #include <QLoggingCategory>
 #include <QPointer>
 
+#include <algorithm>
+
 Q_LOGGING_CATEGORY(lcAnnouncer, "sim.runtime.announcer")
 
 namespace SimRuntime {
@@ -76,7 +78,9 @@ void Announcer::addActivities(const QString &package)
 void Announcer::announceAll()
 {
     ++m_round;
-    m_queue.clear();
+    // What is installed is told anew; that something has gone is told only once.
+    const auto isTold = [](const Announcement &waiting) { return waiting.code != PackageRemoved; };
+    m_queue.erase(std::remove_if(m_queue.begin(), m_queue.end(), isTold), m_queue.end());
     for (const QString &package : m_store->names())
         addActivities(package);
     add(LaunchersComplete, request());
