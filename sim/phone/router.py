@@ -7,6 +7,8 @@ from pathlib import Path
 from .process import Process
 from .waiting import wait_for
 
+EXIT_MISUSE = 3
+
 DEVICE = Path("/dev/marshhopper")
 
 _BOOKS_LINE = re.compile(r"^bramd-sim-binder: pid (\d+): (nodes .*)$", re.MULTILINE)
@@ -19,14 +21,29 @@ class Router:
 
     def __init__(self, build_directory, options=()):
         program = Path(build_directory) / "sim" / "bramd-sim-binder"
+        self._expected = set()
         self.process = Process("router", [program, "--strict", *options, DEVICE])
         wait_for(lambda: "listening" in self.process.output or not self.process.running,
                  lambda: f"the binder device of {self.process}")
         assert self.process.running, self.process
 
+    def expect_misuse(self, text):
+        """Users of the device break the driver's protocol in this way, and the driver says so."""
+        self._expected.add(text)
+
     def misuse(self):
-        """Complaints about users of the device that broke the driver's protocol."""
-        return [line for line in self.process.output.splitlines() if "misuse" in line.lower()]
+        """Complaints about users of the device that broke the driver's protocol, and were not
+        expected to."""
+        lines = re.findall(r"^bramd-sim-binder: misuse: pid \d+: .*$", self.process.output,
+                           re.MULTILINE)
+        return [line for line in lines if line.split(": ", 3)[3] not in self._expected]
+
+    @property
+    def failed(self):
+        """Whether it has ended otherwise than it should."""
+        if self.process.exit_status == EXIT_MISUSE:
+            return bool(self.misuse())
+        return self.process.exit_status != 0
 
     def books(self, pid):
         """What the driver keeps for a process's open files together: "nodes" (its objects that

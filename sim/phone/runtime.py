@@ -88,8 +88,18 @@ class Runtime:
         "listener"."""
         return self.control("observer", kind=kind, code=code, data=data.hex())
 
+    def flood(self, code, count, data=b"", service="umbra.launcher", objects=0, files=0):
+        """Calls the daemon so many times one-way, as fast as the driver takes it, with so many
+        objects and descriptors in each call; returns the status of the last call that failed."""
+        return self.control("flood", service=service, code=code, count=count, data=data.hex(),
+                            objects=objects, files=files)["status"]
+
+    def mayflies(self, service, count):
+        """Registers so many objects as this service, each of which dies when the next is there."""
+        return self.control("mayflies", service=service, count=count)["status"]
+
     def fault(self, service, kind, code=None, value=None, count=None):
-        """From now on the service misbehaves: "refuse", "hang", "short", "die" or "status"."""
+        """From now on the service misbehaves; sim/runtime/README.md lists the kinds."""
         extra = {"code": code, "value": value, "count": count}
         return self.control("fault", service=service, kind=kind,
                             **{key: item for key, item in extra.items() if item is not None})

@@ -2,7 +2,6 @@
 
 #include <QCoreApplication>
 #include <QJsonDocument>
-#include <QJsonObject>
 #include <QLoggingCategory>
 
 #include <utility>
@@ -41,15 +40,37 @@ Caller::~Caller()
 void Caller::call(const QString &service, quint32 code, const Parcel &parcel, CallMode mode,
                   const BinderLoop::Completion &completion)
 {
+    send({{QStringLiteral("service"), service},
+          {QStringLiteral("code"), qint64(code)},
+          {QStringLiteral("oneway"), mode == CallMode::OneWay},
+          {QStringLiteral("data"), QString::fromLatin1(parcel.data.toHex())}},
+         completion);
+}
+
+void Caller::flood(const QString &service, quint32 code, const Parcel &parcel, const Flood &flood,
+                   const BinderLoop::Completion &completion)
+{
+    send({{QStringLiteral("service"), service},
+          {QStringLiteral("code"), qint64(code)},
+          {QStringLiteral("oneway"), true},
+          {QStringLiteral("data"), QString::fromLatin1(parcel.data.toHex())},
+          {QStringLiteral("count"), flood.count},
+          {QStringLiteral("objects"), flood.objects},
+          {QStringLiteral("files"), flood.files}},
+         completion);
+}
+
+void Caller::registerMayflies(const QString &name, int count,
+                              const BinderLoop::Completion &completion)
+{
+    send({{QStringLiteral("mayfly"), name}, {QStringLiteral("count"), count}}, completion);
+}
+
+void Caller::send(QJsonObject request, const BinderLoop::Completion &completion)
+{
     if (m_process.state() == QProcess::NotRunning)
         m_process.start(QCoreApplication::applicationFilePath(), m_arguments);
-    const QJsonObject request{
-        {QStringLiteral("id"), ++m_lastId},
-        {QStringLiteral("service"), service},
-        {QStringLiteral("code"), qint64(code)},
-        {QStringLiteral("oneway"), mode == CallMode::OneWay},
-        {QStringLiteral("data"), QString::fromLatin1(parcel.data.toHex())},
-    };
+    request.insert(QStringLiteral("id"), ++m_lastId);
     m_pending.insert(m_lastId, completion);
     m_process.write(QJsonDocument(request).toJson(QJsonDocument::Compact) + '\n');
 }

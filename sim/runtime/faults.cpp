@@ -14,6 +14,9 @@ std::optional<Fault::Kind> faultKind(const QString &name)
         {QLatin1String("refuse"), Fault::Kind::Refuse},
         {QLatin1String("status"), Fault::Kind::Status},
         {QLatin1String("short"), Fault::Kind::Short},
+        {QLatin1String("long"), Fault::Kind::Long},
+        {QLatin1String("objects"), Fault::Kind::Objects},
+        {QLatin1String("files"), Fault::Kind::Files},
         {QLatin1String("hang"), Fault::Kind::Hang},
         {QLatin1String("die"), Fault::Kind::Die},
     };

@@ -11,11 +11,14 @@ namespace SimRuntime {
 struct Fault
 {
     enum class Kind {
-        Refuse, ///< answers with the exception `value` (0: security exception)
-        Status, ///< answers with the status `value` in place of a reply
-        Short,  ///< answers with the first `value` bytes of its reply
-        Hang,   ///< answers after `value` milliseconds (0: never)
-        Die     ///< the whole runtime is killed
+        Refuse,  ///< answers with the exception `value` (0: security exception)
+        Status,  ///< answers with the status `value` in place of a reply
+        Short,   ///< answers with the first `value` bytes of its reply
+        Long,    ///< answers with `value` bytes more than its reply has
+        Objects, ///< answers with `value` objects more that can be called
+        Files,   ///< answers with `value` descriptors more
+        Hang,    ///< answers after `value` milliseconds (0: never)
+        Die      ///< the whole runtime is killed
     };
 
     Kind kind = Kind::Refuse;

@@ -12,7 +12,7 @@ namespace {
 constexpr quint32 ObjectFlags = 0x113;
 
 template <typename Number>
-void append(QByteArray *data, Number value)
+void appendNumber(QByteArray *data, Number value)
 {
     const Number ordered = qToLittleEndian(value);
     data->append(reinterpret_cast<const char *>(&ordered), int(sizeof ordered));
@@ -22,12 +22,12 @@ void append(QByteArray *data, Number value)
 
 void ParcelWriter::int32(qint32 value)
 {
-    append(&m_parcel.data, value);
+    appendNumber(&m_parcel.data, value);
 }
 
 void ParcelWriter::int64(qint64 value)
 {
-    append(&m_parcel.data, value);
+    appendNumber(&m_parcel.data, value);
 }
 
 void ParcelWriter::boolean(bool value)
@@ -43,8 +43,8 @@ void ParcelWriter::string16(const QString &text)
     }
     int32(text.size());
     for (const QChar unit : text)
-        append(&m_parcel.data, unit.unicode());
-    append(&m_parcel.data, quint16(0));
+        appendNumber(&m_parcel.data, unit.unicode());
+    appendNumber(&m_parcel.data, quint16(0));
     pad();
 }
 
@@ -77,6 +77,19 @@ void ParcelWriter::nullObject()
     object(BINDER_TYPE_BINDER, 0, 0);
 }
 
+void ParcelWriter::file(int descriptor)
+{
+    m_parcel.objects.append(quint64(m_parcel.data.size()));
+    object(BINDER_TYPE_FD, quint32(descriptor), 0);
+}
+
+void ParcelWriter::append(const Parcel &parcel)
+{
+    for (const quint64 position : parcel.objects)
+        m_parcel.objects.append(quint64(m_parcel.data.size()) + position);
+    m_parcel.data.append(parcel.data);
+}
+
 void ParcelWriter::raw(const QByteArray &bytes)
 {
     m_parcel.data.append(bytes);
@@ -90,10 +103,10 @@ void ParcelWriter::pad()
 
 void ParcelWriter::object(quint32 type, quint64 binder, quint64 cookie)
 {
-    append(&m_parcel.data, type);
-    append(&m_parcel.data, ObjectFlags);
-    append(&m_parcel.data, binder);
-    append(&m_parcel.data, cookie);
+    appendNumber(&m_parcel.data, type);
+    appendNumber(&m_parcel.data, ObjectFlags);
+    appendNumber(&m_parcel.data, binder);
+    appendNumber(&m_parcel.data, cookie);
 }
 
 } // namespace SimRuntime

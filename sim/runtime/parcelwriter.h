@@ -19,6 +19,8 @@ public:
     void localObject(quint64 id);            ///< an object of this process; its cookie is its id
     void remoteObject(quint32 handle);
     void nullObject();
+    void file(int descriptor); ///< stays the caller's
+    void append(const Parcel &parcel);
     void raw(const QByteArray &bytes); ///< bytes that were encoded elsewhere
 
     const Parcel &parcel() const { return m_parcel; }

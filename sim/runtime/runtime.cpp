@@ -105,6 +105,8 @@ void Runtime::onCommand(const QJsonObject &command, const ControlServer::Reply &
         {QStringLiteral("announce"), &Runtime::announce},
         {QStringLiteral("call"), &Runtime::call},
         {QStringLiteral("observer"), &Runtime::observer},
+        {QStringLiteral("flood"), &Runtime::flood},
+        {QStringLiteral("mayflies"), &Runtime::mayflies},
         {QStringLiteral("fault"), &Runtime::fault},
         {QStringLiteral("hold"), &Runtime::hold},
         {QStringLiteral("release"), &Runtime::release},
@@ -145,6 +147,39 @@ void Runtime::announce(const QJsonObject &, const ControlServer::Reply &reply)
 
 void Runtime::call(const QJsonObject &command, const ControlServer::Reply &reply)
 {
+    const bool oneWay = command.value(QStringLiteral("oneway")).toBool();
+    m_system->caller().call(
+        text(command, "service"), code(command), requestOf(command),
+        oneWay ? CallMode::OneWay : CallMode::TwoWay, [reply](qint32 status, const Parcel &answer) {
+            reply(succeeded({{QStringLiteral("status"), status},
+                             {QStringLiteral("reply"), QString::fromLatin1(answer.data.toHex())}}));
+        });
+}
+
+void Runtime::flood(const QJsonObject &command, const ControlServer::Reply &reply)
+{
+    const auto number = [&command](const char *key) {
+        return command.value(QLatin1String(key)).toInt();
+    };
+    const Flood flood{number("count"), number("objects"), number("files")};
+    m_system->caller().flood(text(command, "service"), code(command), requestOf(command), flood,
+                             [reply](qint32 status, const Parcel &) {
+                                 reply(succeeded({{QStringLiteral("status"), status}}));
+                             });
+}
+
+void Runtime::mayflies(const QJsonObject &command, const ControlServer::Reply &reply)
+{
+    m_system->caller().registerMayflies(text(command, "service"),
+                                        command.value(QStringLiteral("count")).toInt(),
+                                        [reply](qint32 status, const Parcel &) {
+                                            reply(succeeded({{QStringLiteral("status"), status}}));
+                                        });
+}
+
+// The interface token, unless it is to be left out, and the data.
+Parcel Runtime::requestOf(const QJsonObject &command) const
+{
     ParcelWriter writer;
     if (command.value(QStringLiteral("token")).toBool(true)) {
         const QString descriptor = text(command, "interface");
@@ -152,13 +187,7 @@ void Runtime::call(const QJsonObject &command, const ControlServer::Reply &reply
                             m_options.sdk);
     }
     writer.raw(bytes(command));
-    const bool oneWay = command.value(QStringLiteral("oneway")).toBool();
-    m_system->caller().call(
-        text(command, "service"), code(command), writer.parcel(),
-        oneWay ? CallMode::OneWay : CallMode::TwoWay, [reply](qint32 status, const Parcel &answer) {
-            reply(succeeded({{QStringLiteral("status"), status},
-                             {QStringLiteral("reply"), QString::fromLatin1(answer.data.toHex())}}));
-        });
+    return writer.parcel();
 }
 
 void Runtime::observer(const QJsonObject &command, const ControlServer::Reply &reply)

@@ -35,6 +35,9 @@ private:
     void announce(const QJsonObject &command, const ControlServer::Reply &reply);
     void call(const QJsonObject &command, const ControlServer::Reply &reply);
     void observer(const QJsonObject &command, const ControlServer::Reply &reply);
+    void flood(const QJsonObject &command, const ControlServer::Reply &reply);
+    void mayflies(const QJsonObject &command, const ControlServer::Reply &reply);
+    Parcel requestOf(const QJsonObject &command) const;
     void fault(const QJsonObject &command, const ControlServer::Reply &reply);
     void hold(const QJsonObject &command, const ControlServer::Reply &reply);
     void release(const QJsonObject &command, const ControlServer::Reply &reply);

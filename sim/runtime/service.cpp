@@ -6,6 +6,7 @@
 
 #include <csignal>
 #include <linux/android/binder.h>
+#include <unistd.h>
 
 namespace SimRuntime {
 
@@ -104,6 +105,13 @@ std::optional<Answer> Service::misbehave(const Fault &fault, const IncomingCall 
         answer.parcel.objects.clear();
         return answer;
     }
+    case Fault::Kind::Long:
+    case Fault::Kind::Objects:
+    case Fault::Kind::Files: {
+        Answer answer = serve();
+        answer.parcel = withSurplus(fault, answer.parcel);
+        return answer;
+    }
     case Fault::Kind::Hang:
         // The driver keeps the request, and with it the handles in it, until it is answered.
         if (fault.value > 0 && !call.oneWay) {
@@ -116,6 +124,20 @@ std::optional<Answer> Service::misbehave(const Fault &fault, const IncomingCall 
         break;
     }
     return serve();
+}
+
+// What nobody asked for, behind what somebody did. It is this service that every object stands for.
+Parcel Service::withSurplus(const Fault &fault, const Parcel &parcel)
+{
+    ParcelWriter writer;
+    writer.append(parcel);
+    if (fault.kind == Fault::Kind::Long)
+        writer.raw(QByteArray(fault.value, '\xff'));
+    for (int i = 0; fault.kind == Fault::Kind::Objects && i < fault.value; ++i)
+        writer.localObject(m_environment.loop->publish(this));
+    for (int i = 0; fault.kind == Fault::Kind::Files && i < fault.value; ++i)
+        writer.file(STDERR_FILENO);
+    return writer.parcel();
 }
 
 Answer Service::answerToPing() const

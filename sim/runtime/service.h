@@ -78,6 +78,7 @@ private:
     std::function<Answer()> prepare(const IncomingCall &call);
     std::optional<Answer> misbehave(const Fault &fault, const IncomingCall &call,
                                     const std::function<Answer()> &serve);
+    Parcel withSurplus(const Fault &fault, const Parcel &parcel);
 
     ServiceEnvironment m_environment;
     QString m_name;

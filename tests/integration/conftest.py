@@ -54,7 +54,7 @@ def trouble(phone):
             lines.append(f"ended by itself with {process.exit_status}: {process}")
         elif process.was_asked_to_end and process.exit_status != 0:
             lines.append(f"ended with {process.exit_status}: {process}")
-    if phone.router and phone.router.process.exit_status != 0:
+    if phone.router and phone.router.failed:
         lines += phone.router.misuse()
         lines.append(f"ended with {phone.router.process.exit_status}: {phone.router.process}")
     return lines

@@ -181,6 +181,12 @@ void ServiceTest::misbehavesOnDemand_data()
     QTest::newRow("short by all") << int(Fault::Kind::Short) << 0 << true << 0 << QByteArray() << 0;
     QTest::newRow("short by half")
         << int(Fault::Kind::Short) << 4 << true << 0 << QByteArray("00000000") << 4;
+    const QByteArray reply = QByteArray("000000002a000000");
+    QTest::newRow("long") << int(Fault::Kind::Long) << 3 << true << 0 << reply + "ffffff" << 11;
+    QTest::newRow("objects") << int(Fault::Kind::Objects) << 2 << true << 0 << reply + "852a6273"
+                             << 8 + 2 * 24;
+    QTest::newRow("files") << int(Fault::Kind::Files) << 1 << true << 0 << reply + "852a6466"
+                           << 8 + 24;
     QTest::newRow("hang") << int(Fault::Kind::Hang) << 0 << false << 0 << QByteArray() << 0;
 }
 
@@ -207,6 +213,9 @@ void ServiceTest::misbehavesOnDemand()
         QCOMPARE(misbehaving->status, status);
         QVERIFY(misbehaving->parcel.data.toHex().startsWith(replyStart));
         QCOMPARE(misbehaving->parcel.data.size(), replySize);
+        const bool hasObjects =
+            kind == int(Fault::Kind::Objects) || kind == int(Fault::Kind::Files);
+        QCOMPARE(misbehaving->parcel.objects.size(), hasObjects ? value : 0);
     }
     QCOMPARE(behaving->parcel.data.size(), 8);
 }
