@@ -1,0 +1,127 @@
+"""What a process holds of the machine and of the binder device, seen from outside."""
+
+import os
+import re
+from dataclasses import dataclass
+from pathlib import Path
+
+from phone.waiting import wait_for
+
+MEBIBYTE = 1024
+
+# The waits of an event loop, and the argument that says how long it waits at most.
+_WAITS = {"x86_64": {7: 2, 271: 2}, "aarch64": {73: 2}}
+_FOREVER = (0, 0xffffffff, 0xffffffffffffffff)
+
+
+@dataclass(frozen=True)
+class Figure:
+    """A figure, and what it may have grown by at the end and at its highest."""
+
+    name: str
+    title: str
+    growth: int
+    peak: int
+
+
+FIGURES = (
+    Figure("descriptors", "file descriptors", 0, 16),
+    Figure("threads", "threads", 0, 2),
+    Figure("children", "child processes", 0, 2),
+    Figure("rss", "resident memory, kB", 4 * MEBIBYTE, 24 * MEBIBYTE),
+    Figure("anonymous", "anonymous memory, kB", 2 * MEBIBYTE, 24 * MEBIBYTE),
+    Figure("timerfds", "timer descriptors", 0, 2),
+    Figure("timers", "timers that run at rest", 0, 1),
+    Figure("files", "binder: open files", 0, 1),
+    Figure("nodes", "binder: own objects held by others", 0, 4),
+    Figure("references", "binder: references", 0, 8),
+    Figure("deaths", "binder: death notifications", 0, 8),
+    Figure("buffers", "binder: messages not freed", 0, 8),
+)
+
+
+class Footprint:
+    """The figures of the daemon of a phone: as they were, as they are, and the highest.
+
+    `peaks` has other bounds for the highest of some figures, by name."""
+
+    def __init__(self, phone, peaks=None):
+        self._phone = phone
+        self._peaks = {figure.name: figure.peak for figure in FIGURES} | (peaks or {})
+        self._before = None
+        self._after = {}
+        self._highest = {}
+
+    def begin(self):
+        """From here on nothing may grow."""
+        self._after = self._before = self._highest = self._at_rest()
+
+    def look(self):
+        """Takes a figure of a busy moment into account."""
+        self._note(self._figures())
+
+    def end(self):
+        self._after = self._at_rest()
+        self._note(self._after)
+
+    def excesses(self):
+        """What is beyond its bound, as lines."""
+        lines = []
+        for figure in FIGURES:
+            name, before = figure.name, self._before[figure.name]
+            if self._after[name] > before + figure.growth:
+                lines.append(f"{figure.title}: {before} has become {self._after[name]}")
+            if self._highest[name] > before + self._peaks[name]:
+                lines.append(f"{figure.title}: {before} was once {self._highest[name]}")
+        return lines
+
+    def table(self):
+        lines = [f"{'':36}{'before':>9}{'after':>9}{'highest':>9}{'may end':>9}{'may reach':>11}"]
+        for figure in FIGURES:
+            before = self._before[figure.name]
+            lines.append(f"{figure.title:36}{before:9}{self._after[figure.name]:9}"
+                         f"{self._highest[figure.name]:9}{before + figure.growth:9}"
+                         f"{before + self._peaks[figure.name]:11}")
+        return "\n".join(lines)
+
+    def _note(self, figures):
+        self._highest = {name: max(count, self._highest[name]) for name, count in figures.items()}
+
+    def _at_rest(self):
+        """Once nothing is under way: no timer runs, no child, no message is held."""
+        def rest():
+            figures = self._figures()
+            busy = figures["timers"] or figures["children"] or figures["buffers"]
+            return None if busy else figures
+        return wait_for(rest, lambda: f"the daemon's rest; it has {self._figures()}", 30)
+
+    def _figures(self):
+        pid = self._phone.daemon.process.pid
+        process = Path(f"/proc/{pid}")
+        status = dict(re.findall(r"^(\w+):\s+(\d+)", (process / "status").read_text(), re.MULTILINE))
+        descriptors = [_target(path) for path in (process / "fd").iterdir()]
+        children = (process / "task" / str(pid) / "children").read_text().split()
+        return {
+            "descriptors": len(descriptors),
+            "threads": int(status["Threads"]),
+            "children": len(children),
+            "rss": int(status["VmRSS"]),
+            "anonymous": int(status["RssAnon"]),
+            "timerfds": sum("timerfd" in target for target in descriptors),
+            "timers": int(_has_time_limit(process)),
+            **self._phone.router.books(pid),
+        }
+
+
+def _target(path):
+    try:
+        return os.readlink(path)
+    except FileNotFoundError:  # closed since it was listed
+        return ""
+
+
+def _has_time_limit(process):
+    """Whether the main thread does something, or waits with a time limit: then a timer runs."""
+    words = (process / "syscall").read_text().split()
+    position = _WAITS[os.uname().machine].get(int(words[0])) if words[0].isdigit() else None
+    return position is None or int(words[1 + position], 16) not in _FOREVER
