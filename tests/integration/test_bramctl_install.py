@@ -157,3 +157,23 @@ def test_a_daemon_that_ends_ends_the_wait_for_a_removal(papertrail, tmp_path):
     papertrail.daemon.crash()
     assert process.wait(30) == UNREACHABLE
     assert f"bramd has ended, and {PAPERTRAIL} is still there." in output.read_text("utf-8")
+
+
+def test_a_runtime_that_dies_ends_the_wait_for_a_removal(papertrail, tmp_path):
+    papertrail.runtime.fault("package", "refuse")
+    output = tmp_path / "output"
+    process = start("remove", PAPERTRAIL, output=output)
+    wait_for(lambda: removed_packages(papertrail.runtime), "the removal")
+    papertrail.bramd.call("getAndroidVersionData")  # is answered after the removal
+    since = papertrail.daemon.log.mark()
+    papertrail.unit.kill_runtime()
+    assert process.wait(30) == NO_RUNTIME
+    assert f"The Android runtime has failed, and {PAPERTRAIL} is still there." \
+        in output.read_text("utf-8")
+    expect_deaths(papertrail, since)
+
+
+def test_a_removal_that_the_runtime_refuses_is_not_confirmed(papertrail):
+    papertrail.runtime.fault("package", "refuse")
+    bramctl("remove", PAPERTRAIL, "--timeout", 1).failed(
+        NOT_CONFIRMED, f"{PAPERTRAIL} is still there.", "journalctl -u bramd")

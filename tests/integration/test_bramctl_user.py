@@ -7,7 +7,9 @@ import pytest
 
 from bramctl import REFUSED, bramctl_as_user
 from conditions import needs_other_users
-from hostfiles import APPLICATIONS, ICONS, SETTINGS, SHARING, entry_path, icon_path, settings_path
+from daemonsteps import DAEMON
+from hostfiles import (APPLICATIONS, ICONS, SETTINGS, SHARING, download, entry_path, icon_path,
+                       settings_path)
 from launches import WEATHER
 
 BLACKLIST = Path("/etc/bramd/app-blacklist")
@@ -71,3 +73,15 @@ def test_a_closed_list_of_hidden_apps_is_told(phone, close):
     del phone
     close(BLACKLIST.parent)
     bramctl_as_user("hidden").failed(REFUSED, f"{BLACKLIST} cannot be read")
+
+
+@pytest.mark.phone(services=["notifications", "accounts"])
+def test_what_the_policy_forbids_is_refused(phone):
+    phone.accounts.allow_installation(False)
+    log = phone.start_daemon().log
+    bramctl_as_user("install", str(download("weather"))).failed(
+        REFUSED, "bramd has refused", "weather.apk", "journalctl -u bramd")
+    log.expect("APK installation prohibited", "critical", DAEMON)
+    bramctl_as_user("remove", WEATHER, "--unlisted").failed(
+        REFUSED, f"bramd has refused to remove {WEATHER}: you may not remove apps on this phone.")
+    log.expect("APK uninstallation prohibited", "critical", DAEMON)
