@@ -3,6 +3,7 @@
 #include "launcher/logging.h"
 #include "launcher/publicfile.h"
 
+#include <QFile>
 #include <QStringBuilder>
 
 #include <optional>
@@ -97,6 +98,8 @@ void DesktopFile::read()
 {
     if (const std::optional<QByteArray> content = PublicFile::read(m_path))
         m_entries = parse(*content);
+    else if (QFile::exists(m_path))
+        qCWarning(launcherLog) << "Could not read:" << m_path;
 }
 
 QMap<QString, QString> DesktopFile::parse(const QByteArray &content)

@@ -7,6 +7,7 @@
 #include "launcher/installedentries.h"
 #include "launcher/launcherentry.h"
 #include "launcher/launcherpaths.h"
+#include "launcher/leftovers.h"
 #include "launcher/logging.h"
 #include "launcher/publicfile.h"
 #include "launcher/settingsentry.h"
@@ -15,7 +16,9 @@
 #include <QFileInfo>
 #include <QSet>
 
+#include <cerrno>
 #include <optional>
+#include <unistd.h>
 
 namespace {
 
@@ -62,9 +65,19 @@ void deleteEntry(const QString &desktopFile)
     deleteFile(LauncherPaths::settingsEntry(desktopFile));
 }
 
+bool isOfPartnerSpace(const QString &packageName)
+{
+    const QString marker = LauncherPaths::partnerSpaceMarker(packageName);
+    if (::access(QFile::encodeName(marker).constData(), F_OK) == 0)
+        return true;
+    if (errno != ENOENT && errno != ENOTDIR)
+        qCWarning(launcherLog) << "Could not look for:" << marker;
+    return false;
+}
+
 Visibility visibilityOf(const ApkLauncher &launcher, bool blacklisted)
 {
-    if (QFile::exists(LauncherPaths::partnerSpaceMarker(launcher.packageName)))
+    if (isOfPartnerSpace(launcher.packageName))
         return Visibility::PartnerSpace;
     return launcher.isHandler() || blacklisted ? Visibility::Hidden : Visibility::Shown;
 }
@@ -155,6 +168,10 @@ void DesktopManager::onLaunchersComplete()
 
     const QSet<QString> announced = m_announced.desktopFiles();
     const QStringList paths = InstalledEntries().all();
+    const QSet<QString> present(paths.cbegin(), paths.cend());
+    const QStringList leftovers = Leftovers::find(announced + present);
+    for (const QString &leftover : leftovers)
+        deleteFile(leftover);
     for (const QString &path : paths) {
         if (announced.contains(path))
             continue;
@@ -163,6 +180,7 @@ void DesktopManager::onLaunchersComplete()
     }
     m_announced.purge();
     m_fullTold = false;
+    m_sharing.retry();
     refreshDesktop();
 }
 

@@ -122,6 +122,16 @@ QString settingsEntry(const QString &desktopFile)
            QLatin1String(".json");
 }
 
+QString entryOfFile(const QString &name, QLatin1String suffix)
+{
+    return name.endsWith(suffix) ? name.chopped(suffix.size()) + desktopSuffix() : QString();
+}
+
+QString sharingFile()
+{
+    return iconsDir() + QLatin1String("sharing.json");
+}
+
 QString partnerSpaceMarker(const QString &packageName)
 {
     return partnerSpaceDir() + withoutVersion(packageName) + QLatin1String(".apk");

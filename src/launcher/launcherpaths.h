@@ -32,6 +32,13 @@ bool isEntryName(const QString &name);
 QString icon(const QString &desktopFile);
 QString settingsEntry(const QString &desktopFile);
 
+/// The name of the desktop entry to which a file with another suffix belongs, such as an icon.
+/// Empty when that is not its suffix.
+QString entryOfFile(const QString &name, QLatin1String suffix);
+
+/// The list of all share targets.
+QString sharingFile();
+
 /// The file that marks a package as one of the partner space. A version suffix ("-12") of the
 /// package's name is folded away.
 QString partnerSpaceMarker(const QString &packageName);

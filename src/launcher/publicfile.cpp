@@ -3,6 +3,7 @@
 #include <QFile>
 #include <QSaveFile>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <fcntl.h>
@@ -72,6 +73,19 @@ private:
     int m_descriptor;
 };
 
+bool isLetter(QChar character)
+{
+    return (character >= QLatin1Char('a') && character <= QLatin1Char('z')) ||
+           (character >= QLatin1Char('A') && character <= QLatin1Char('Z'));
+}
+
+/// Whether what was written is on the disk. Some file systems know no such thing, but one that
+/// tells of an error has lost something. (QSaveFile synchronises too, and ignores it.)
+bool synchronise(const QFileDevice &file)
+{
+    return ::fdatasync(file.handle()) == 0 || errno == EINVAL || errno == ENOSYS;
+}
+
 } // namespace
 
 WriteResult write(const QString &path, const QByteArray &content)
@@ -81,7 +95,7 @@ WriteResult write(const QString &path, const QByteArray &content)
         return WriteResult::CannotOpen;
     // commit() alone would not notice a write that fails only when the buffer is flushed.
     if (!file.setPermissions(ReadableByAll) || file.write(content) != content.size() ||
-        !file.flush())
+        !file.flush() || !synchronise(file))
         file.cancelWriting();
     return file.commit() ? WriteResult::Written : WriteResult::CannotWrite;
 }
@@ -104,6 +118,15 @@ bool hasContent(const QString &path, const QByteArray &content)
 bool writeIfChanged(const QString &path, const QByteArray &content)
 {
     return hasContent(path, content) || write(path, content) == WriteResult::Written;
+}
+
+QString withoutTemporarySuffix(const QString &name)
+{
+    const QString suffix = name.right(TemporarySuffixBytes);
+    const bool isTemporary = suffix.size() == TemporarySuffixBytes &&
+                             suffix.startsWith(QLatin1Char('.')) &&
+                             std::all_of(suffix.begin() + 1, suffix.end(), isLetter);
+    return isTemporary ? name.chopped(TemporarySuffixBytes) : name;
 }
 
 int maxNameBytes()

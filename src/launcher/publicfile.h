@@ -26,6 +26,10 @@ bool hasContent(const QString &path, const QByteArray &content);
 /// Writes unless the file has the content already; false when writing failed.
 bool writeIfChanged(const QString &path, const QByteArray &content);
 
+/// The name of the file for which one of this name was being written, as an interrupted write()
+/// leaves it; the name itself when it does not look like that.
+QString withoutTemporarySuffix(const QString &name);
+
 /// The longest name, in bytes, of a file that write() can replace: beside the file a temporary
 /// one with a longer name must fit.
 int maxNameBytes();

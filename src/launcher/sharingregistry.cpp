@@ -10,11 +10,6 @@
 
 namespace {
 
-QString sharingFile()
-{
-    return LauncherPaths::iconsDir() + QLatin1String("sharing.json");
-}
-
 /// The logged-in user's programs read what is in it, whatever umask the daemon was started with.
 void makeDirectory(const QString &path)
 {
@@ -29,18 +24,12 @@ void makeDirectory(const QString &path)
                                     QFile::ExeOther);
 }
 
-void write(const QByteArray &content)
-{
-    if (PublicFile::write(sharingFile(), content) != PublicFile::WriteResult::Written)
-        qCWarning(launcherLog) << "Unable to write sharing file";
-}
-
 } // namespace
 
 SharingRegistry::SharingRegistry()
 {
     makeDirectory(LauncherPaths::iconsDir());
-    write(m_content);
+    write();
 }
 
 void SharingRegistry::add(const ApkLauncher &launcher)
@@ -62,8 +51,8 @@ void SharingRegistry::add(const ApkLauncher &launcher)
         m_targets = targets;
         m_content = content;
     }
-    if (!PublicFile::hasContent(sharingFile(), m_content))
-        write(m_content);
+    if (!PublicFile::hasContent(LauncherPaths::sharingFile(), m_content))
+        write();
 }
 
 void SharingRegistry::removePackage(const QString &packageName)
@@ -74,8 +63,22 @@ void SharingRegistry::removePackage(const QString &packageName)
     m_targets.removePackage(packageName);
     m_content = m_targets.toJson();
     m_fullTold = false;
-    if (PublicFile::hasContent(sharingFile(), m_content))
+    if (PublicFile::hasContent(LauncherPaths::sharingFile(), m_content))
         return;
     qCDebug(launcherLog) << "Package" << packageName << "removed from sharing file. Writing.";
-    write(m_content);
+    write();
+}
+
+void SharingRegistry::retry()
+{
+    if (!m_isWritten)
+        write();
+}
+
+void SharingRegistry::write()
+{
+    m_isWritten = PublicFile::write(LauncherPaths::sharingFile(), m_content) ==
+                  PublicFile::WriteResult::Written;
+    if (!m_isWritten)
+        qCWarning(launcherLog) << "Unable to write sharing file";
 }

@@ -17,6 +17,7 @@ private Q_SLOTS:
     void readsTheGroup_data();
     void readsTheGroup();
     void isEmptyWithoutAFile();
+    void warnsWhenTheFileCannotBeRead();
     void warnsOfAMissingKey();
     void writesKeysInAscendingOrder();
     void keepsForeignKeysAndLaterGroups();
@@ -96,6 +97,15 @@ void DesktopFileTest::isEmptyWithoutAFile()
         QVERIFY(takeLogLine(QtWarningMsg, line));
         QVERIFY(takeLogLine(QtWarningMsg, line));
     }
+}
+
+void DesktopFileTest::warnsWhenTheFileCannotBeRead()
+{
+    const DesktopFile missing(QStringLiteral("/run/nowhere"));
+    const DesktopFile unreadable(m_directory);
+
+    QCOMPARE(takeLog(QtWarningMsg, QStringLiteral("com.corvo.bramd.launcher")),
+             QStringList(QStringLiteral("Could not read: \"%1\"").arg(m_directory)));
 }
 
 void DesktopFileTest::warnsOfAMissingKey()

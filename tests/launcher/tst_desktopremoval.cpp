@@ -64,6 +64,8 @@ private Q_SLOTS:
     void removesShareTargetsOfAPackage();
     void leavesEntriesOfOtherProgramsAlone();
     void tellsWhatItCouldNotRemove();
+    void removesWhatAnInterruptedRunLeftBehind();
+    void writesShareTargetsThatCouldNotBeWritten();
     void refreshesOnRequest();
     void listsInstalledEntriesByPackage();
     void resolvesThePackageOfADesktopFile();
@@ -296,6 +298,39 @@ void DesktopRemovalTest::tellsWhatItCouldNotRemove()
                           line("Could not remove:", iconPath(Launcher)),
                           line("Could not remove:", settingsPath(Launcher))}));
     QCOMPARE(m_database->takeRuns(), QByteArray("-q\n"));
+}
+
+void DesktopRemovalTest::removesWhatAnInterruptedRunLeftBehind()
+{
+    m_manager->onCreateLauncher(launcher());
+    const QStringList before = files();
+    HostFiles::write(iconPath(Other), "x");
+    HostFiles::write(entryPath(Launcher) + QStringLiteral(".AbCdEf"), "x");
+    takeLog(QtDebugMsg);
+
+    m_manager->onLaunchersComplete();
+
+    QCOMPARE(files(), before);
+    QCOMPARE(takeLog(QtDebugMsg, Category),
+             QStringList({QStringLiteral("Launchers complete. Removing orphans"),
+                          line("Deleting:", entryPath(Launcher) + QStringLiteral(".AbCdEf")),
+                          line("Deleting:", iconPath(Other))}));
+}
+
+void DesktopRemovalTest::writesShareTargetsThatCouldNotBeWritten()
+{
+    m_manager->onCreateLauncher(shareTarget());
+    {
+        const auto readOnly = HostFiles::Mount::readOnly(QStringLiteral("/var/lib/bramd"));
+        m_manager->onRemovePackage(QStringLiteral("a.b"));
+    }
+    QVERIFY(takeLogLine(QtWarningMsg, QStringLiteral("Unable to write sharing file")));
+    QVERIFY(HostFiles::read(sharingPath()).contains("a.b"));
+
+    m_manager->onLaunchersComplete();
+
+    QCOMPARE(files(), QStringList(sharingPath()));
+    QCOMPARE(HostFiles::read(sharingPath()), QByteArray("{\n}\n"));
 }
 
 void DesktopRemovalTest::refreshesOnRequest()

@@ -26,6 +26,8 @@ private Q_SLOTS:
     void comparesContent();
     void writesOnlyWhatChanged();
     void replacesFilesWithNamesUpToTheLimit();
+    void knowsNamesOfTemporaryFiles_data();
+    void knowsNamesOfTemporaryFiles();
 
 private:
     const QString m_directory = QStringLiteral("/run/files");
@@ -159,6 +161,31 @@ void PublicFileTest::replacesFilesWithNamesUpToTheLimit()
 
     QCOMPARE(HostFiles::read(longest), QByteArray("new"));
     QCOMPARE(HostFiles::read(tooLong), QByteArray("old"));
+}
+
+void PublicFileTest::knowsNamesOfTemporaryFiles_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("finalName");
+
+    const auto row = [](const char *rule, const char *name, const char *finalName) {
+        QTest::newRow(rule) << QString::fromLatin1(name) << QString::fromLatin1(finalName);
+    };
+    row("temporary", "a.txt.aBcXyZ", "a.txt");
+    row("other file", "a.txt", "a.txt");
+    row("too short", "a.txt.aBcXy", "a.txt.aBcXy");
+    row("too long", "a.txt.aBcXyZz", "a.txt.aBcXyZz");
+    row("with a digit", "a.txt.aBcXy2", "a.txt.aBcXy2");
+    row("shorter than a suffix", "a.b", "a.b");
+    row("empty", "", "");
+}
+
+void PublicFileTest::knowsNamesOfTemporaryFiles()
+{
+    QFETCH(QString, name);
+    QFETCH(QString, finalName);
+
+    QCOMPARE(PublicFile::withoutTemporarySuffix(name), finalName);
 }
 
 QTEST_GUILESS_MAIN(PublicFileTest)

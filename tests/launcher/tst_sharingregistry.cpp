@@ -49,6 +49,7 @@ private Q_SLOTS:
     void rewritesNothingForAnUnknownPackage();
     void removesNothingWhileThereAreNoTargets();
     void keepsTheChangeWhenTheDiskIsFull();
+    void writesAgainOnlyWhatCouldNotBeWritten();
     void readsBackWhateverTheNames();
     void leavesOutWhatDoesNotFit();
 };
@@ -198,6 +199,25 @@ void SharingRegistryTest::keepsTheChangeWhenTheDiskIsFull()
 
     const QJsonObject root = QJsonDocument::fromJson(HostFiles::read(SharingFile)).object();
     QCOMPARE(root.keys(), QStringList({QStringLiteral("a.b"), QStringLiteral("c")}));
+}
+
+void SharingRegistryTest::writesAgainOnlyWhatCouldNotBeWritten()
+{
+    SharingRegistry registry;
+    {
+        const HostFiles::Mount readOnly = HostFiles::Mount::readOnly(Directory);
+        registry.add(target());
+        registry.retry();
+    }
+    const QString failure = QStringLiteral("Unable to write sharing file");
+    QCOMPARE(takeLog(QtWarningMsg, Category), QStringList({failure, failure}));
+
+    registry.retry();
+    const quint64 written = HostFiles::inode(SharingFile);
+    registry.retry();
+
+    QVERIFY(HostFiles::read(SharingFile).contains("a.b.Share"));
+    QCOMPARE(HostFiles::inode(SharingFile), written);
 }
 
 void SharingRegistryTest::readsBackWhateverTheNames()
