@@ -1,11 +1,17 @@
 """The phone on which a test runs, and the rule that nothing unexpected may happen on it."""
 
+from pathlib import Path
+
 import pytest
 
 from phone.phone import Phone, clean
 
 from daemonsteps import start_beside_runtime, wait_until_announced
+from faultscenarios import Announcement, Installation, Removal
+from faulttrial import ALL, FaultTrial
 from hostfiles import download
+
+INVOKER = Path("/usr/bin/invoker")
 
 
 def pytest_configure(config):
@@ -42,6 +48,23 @@ def papertrail_fixture(phone):
     wait_until_announced(phone, since)
     phone.runtime.forget()
     return phone
+
+
+@pytest.fixture(name="trial", params=[Announcement, Installation, Removal],
+                ids=lambda scenario: scenario.__name__)
+def trial_fixture(request, capsys, phone, file_system):
+    """One of the daemon's tasks, to be disturbed. What is found fails the test at its end."""
+    # An image that cannot be looked for is taken for none, and the runtime is offered.
+    INVOKER.symlink_to("/bin/true")
+    trial = FaultTrial(phone, request.param, file_system)
+    yield trial
+    trial.close()
+    INVOKER.unlink()
+    with capsys.disabled():
+        if ALL:
+            print(f"\n{request.node.name}: {trial.points} faults at {len(trial.calls)} calls, "
+                  f"{len(trial.findings)} findings")
+    assert not trial.findings, "\n".join(trial.findings)
 
 
 def trouble(phone):
