@@ -22,7 +22,7 @@ class HostService:
     def __init__(self, bus, start=True):
         """Starts it, unless it is run by somebody else; use wait_until_ready() before anything
         else."""
-        self._bus = bus
+        self.bus = bus
         self.process = Process(self.template, [
             "/usr/bin/python3", "-m", "dbusmock", f"--{bus.kind}",
             "--template", MOCKS / f"{self.template}.py"],
@@ -32,7 +32,7 @@ class HostService:
 
     def wait_until_ready(self):
         # The name is taken before the template is loaded; calls are answered only afterwards.
-        wait_for(lambda: self._bus.has_owner(self.service)
+        wait_for(lambda: self.bus.has_owner(self.service)
                  or (self.process and not self.process.running),
                  lambda: self.process or self.service, 60)
         self._mock.call("GetCalls")

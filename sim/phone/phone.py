@@ -44,7 +44,11 @@ class Phone:
             self.login.login()
         self.runtime = Runtime(self.build_directory, sdk)
         try:
-            self._start(services, device, router_options)
+            if device:
+                self.add_device(router_options)
+            self.session_bus = Bus("session", SESSION_SOCKET)
+            self._start_system_bus()
+            self._start(services)
         except BaseException:
             self.stop()
             raise
@@ -83,6 +87,25 @@ class Phone:
         service = self._start_service(name)
         service.wait_until_ready()
         return service
+
+    def restart_system_bus(self):
+        """The bus crashes and is started again, with systemd. Not while the runtime runs, of which
+        that systemd knows nothing."""
+        self.system_bus.process.kill()
+        self.system_bus.stop()
+        for service in [service for service in self._services if service.bus is self.system_bus]:
+            service.process.wait()
+            self._services.remove(service)
+        self._start_system_bus()
+        self._start([])
+
+    def restart_session_bus(self):
+        """The same for the session bus, without services at first."""
+        self.session_bus.process.kill()
+        self.session_bus.stop()
+        self._services = [service for service in self._services
+                          if service.bus is not self.session_bus]
+        self.session_bus = Bus("session", SESSION_SOCKET)
 
     def add_device(self, router_options=()):
         """The binder device appears."""
@@ -127,12 +150,12 @@ class Phone:
                 if part:
                     part.stop()
 
-    def _start(self, services, device, router_options):
-        if device:
-            self.add_device(router_options)
+    def _start_system_bus(self):
         self.system_bus = Bus("system", SYSTEM_SOCKET)
-        self.session_bus = Bus("session", SESSION_SOCKET)
         self.bramd = self.system_bus.object(SERVICE, OBJECT, INTERFACE)
+
+    def _start(self, services):
+        """Starts systemd and other services."""
         unit = Unit(self.system_bus)
         self._services.append(unit)
         for name in services:

@@ -3,6 +3,7 @@
 #include "daemon/bramdaemon.h"
 #include "daemon/loginwait.h"
 #include "daemon/sessionaddress.h"
+#include "daemon/systembuswatch.h"
 #include "daemon/terminationsignals.h"
 #include "platform/host/sdloginmonitor.h"
 
@@ -50,5 +51,6 @@ int main(int argc, char *argv[])
     const Catalogues catalogues;
     const DaemonConfig config;
     const BramDaemon daemon(&config);
+    const SystemBusWatch systemBusWatch;
     return QCoreApplication::exec();
 }
