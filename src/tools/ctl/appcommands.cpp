@@ -142,6 +142,7 @@ struct Clearable
 {
     qint64 AppSizeInfo::*size;
     QString name;
+    QDBusPendingReply<> (BramdProxy::*request)(const QString &packageName);
 };
 
 /// Looks until less is left than before, or nothing.
@@ -175,25 +176,16 @@ Outcome confirmCleared(Context &context, const QString &package, const Clearable
     return {};
 }
 
-Outcome clearCache(const Invocation &invocation, Context &context)
+/// Only data are lost for good: the question is about these.
+bool isConfirmed(const Invocation &invocation, const QString &package, const AppSizeInfo &before)
 {
-    const int timeoutMs = Waiting::timeoutMs(invocation, ClearTimeoutS);
-    if (timeoutMs < 0)
-        return CommonTexts::badTimeout();
-    const QString &package = invocation.arguments.first();
-    AppSizeInfo before;
-    const Outcome known = readSizeOfApp(context, package, before);
-    if (!known.isDone())
-        return known;
-    const Outcome taken =
-        context.daemon().finish(context.daemon().proxy().deleteAppCacheFiles(package));
-    if (!taken.isDone())
-        return taken;
-    return confirmCleared(context, package, {&AppSizeInfo::cacheSize, QStringLiteral("cache")},
-                          before, timeoutMs);
+    return invocation.has(QStringLiteral("--yes")) ||
+           Confirmation::ask(QStringLiteral("Delete everything that %1 has stored (%2)? It cannot "
+                                            "be brought back.")
+                                 .arg(package, inWords(before.dataSize)));
 }
 
-Outcome clearData(const Invocation &invocation, Context &context)
+Outcome clear(const Invocation &invocation, Context &context, const Clearable &what)
 {
     const int timeoutMs = Waiting::timeoutMs(invocation, ClearTimeoutS);
     if (timeoutMs < 0)
@@ -203,19 +195,26 @@ Outcome clearData(const Invocation &invocation, Context &context)
     const Outcome known = readSizeOfApp(context, package, before);
     if (!known.isDone())
         return known;
-    const QString question =
-        QStringLiteral("Delete everything that %1 has stored (%2)? It cannot be brought back.")
-            .arg(package, inWords(before.dataSize));
-    if (!invocation.has(QStringLiteral("--yes")) && !Confirmation::ask(question)) {
+    if (what.size == &AppSizeInfo::dataSize && !isConfirmed(invocation, package, before)) {
         return {ExitStatus::Refused,
                 QStringLiteral("Nothing was deleted. Answer “y”, or give --yes.")};
     }
     const Outcome taken =
-        context.daemon().finish(context.daemon().proxy().clearAppUserData(package));
-    if (!taken.isDone())
-        return taken;
-    return confirmCleared(context, package, {&AppSizeInfo::dataSize, QStringLiteral("data")},
-                          before, timeoutMs);
+        context.daemon().finish((context.daemon().proxy().*what.request)(package));
+    return taken.isDone() ? confirmCleared(context, package, what, before, timeoutMs) : taken;
+}
+
+Outcome clearCache(const Invocation &invocation, Context &context)
+{
+    return clear(
+        invocation, context,
+        {&AppSizeInfo::cacheSize, QStringLiteral("cache"), &BramdProxy::deleteAppCacheFiles});
+}
+
+Outcome clearData(const Invocation &invocation, Context &context)
+{
+    return clear(invocation, context,
+                 {&AppSizeInfo::dataSize, QStringLiteral("data"), &BramdProxy::clearAppUserData});
 }
 
 Outcome stopApp(const Invocation &invocation, Context &context)
