@@ -12,7 +12,7 @@ namespace {
 
 constexpr char ByteOrderMark[] = "\xEF\xBB\xBF";
 
-constexpr QLatin1String GroupHeader("[Desktop Entry]");
+const QLatin1String GroupHeader("[Desktop Entry]");
 
 void warnOfMissingKey(const QString &path, const QString &key)
 {
