@@ -128,6 +128,8 @@ QMap<QString, QString> DesktopFile::parse(const QByteArray &content)
 
 QString DesktopFile::escaped(QString text)
 {
+    if (!text.contains(QLatin1Char('\\'))) // replace() prepares itself at length
+        return text;
     return text.replace(QLatin1Char('\\'), QLatin1String("\\\\"));
 }
 
