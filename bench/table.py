@@ -5,6 +5,7 @@ import operator
 from dataclasses import asdict, dataclass
 from typing import Optional
 
+_HEAD = ("Figure", "Value", "Floor or peer", "Its value", "Ratio", "Target", "")
 _SENSES = {"<=": operator.le, ">=": operator.ge, "=": operator.eq}
 
 
@@ -47,7 +48,7 @@ class Table:
         return all(figure.met for figure in self._figures)
 
     def print(self):
-        rows = [("Figure", "Value", "Floor or peer", "Its value", "Ratio", "Target", "")]
+        rows = [_HEAD]
         rows += [_row(figure) for figure in self._figures]
         widths = [max(len(row[column]) for row in rows) for column in range(len(rows[0]))]
         for row in rows:
@@ -59,6 +60,14 @@ class Table:
         records = [{**asdict(figure), "ratio": figure.ratio, "met": figure.met}
                    for figure in self._figures]
         path.write_text(json.dumps(records, indent=1) + "\n", encoding="utf-8")
+
+
+def markdown(records):
+    """The same table for a document, from what write_json() has written."""
+    names = Figure.__dataclass_fields__
+    rows = [_HEAD, ("---",) * len(_HEAD)]
+    rows += [_row(Figure(**{key: record[key] for key in names})) for record in records]
+    return "\n".join("| " + " | ".join(row).rstrip() + " |" for row in rows)
 
 
 def _row(figure):
