@@ -44,7 +44,7 @@ def without_unnamed_files(fault):
 class FaultTrial:
     """The calls of an undisturbed run, and what it is that others are compared with.
 
-    `findings` are complaints about the daemon, `points` the number of faults that there were.
+    `findings` are complaints about the daemon, `points` the number of trials in which a call failed.
     """
 
     def __init__(self, phone, scenario, file_system=lambda fault: fault):
@@ -69,6 +69,7 @@ class FaultTrial:
         self._scenario.prepare()
         self._run(no_fault)
         self.calls = self._watched.calls
+        self.points = 0
 
     def close(self):
         self._watched.close()
