@@ -56,10 +56,12 @@ def trial_fixture(request, capsys, phone, file_system):
     """One of the daemon's tasks, to be disturbed. What is found fails the test at its end."""
     # An image that cannot be looked for is taken for none, and the runtime is offered.
     INVOKER.symlink_to("/bin/true")
-    trial = FaultTrial(phone, request.param, file_system)
-    yield trial
+    try:
+        trial = FaultTrial(phone, request.param, file_system)
+        yield trial
+    finally:
+        INVOKER.unlink()
     trial.close()
-    INVOKER.unlink()
     with capsys.disabled():
         if ALL:
             print(f"\n{request.node.name}: {trial.points} faults at {len(trial.calls)} calls, "
