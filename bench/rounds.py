@@ -2,6 +2,7 @@
 
 import json
 import os
+import re
 import statistics
 import subprocess
 from pathlib import Path
@@ -24,6 +25,16 @@ def in_turns(rounds, contestants):
             results[name].append(contestant())
     return {name: {key: statistics.median(result[key] for result in taken) for key in taken[0]}
             for name, taken in results.items()}
+
+
+def instructions(function, name, *arguments):
+    """Runs one of our programs and returns how many instructions of it, and of its libraries, were
+    carried out inside the functions that match the pattern."""
+    command = ["valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null",
+               f"--toggle-collect={function}", program(name), *arguments]
+    output = subprocess.run([str(word) for word in command], check=True, stdout=subprocess.PIPE,
+                            stderr=subprocess.PIPE, env={**os.environ, **QUIET}).stderr
+    return int(re.search(rb"Collected : (\d+)", output)[1])
 
 
 def cost(name, *arguments):
