@@ -65,7 +65,7 @@ class Deliveries:
         self._read = 0
         self._connections = Connections()
         self.accepted = []
-        self.kept = 0  # how often nobody was there to take what was to be handed over
+        self.kept = 0  # requests that the daemon was about to hand over to a runtime that had gone
 
     def begin(self):
         """A new round: what was before is over."""

@@ -98,7 +98,8 @@ class Footprint:
     def _figures(self):
         pid = self._phone.daemon.process.pid
         process = Path(f"/proc/{pid}")
-        status = dict(re.findall(r"^(\w+):\s+(\d+)", (process / "status").read_text(), re.MULTILINE))
+        status = dict(re.findall(r"^(\w+):\s+(\d+)", (process / "status").read_text(),
+                                 re.MULTILINE))
         descriptors = [_target(path) for path in (process / "fd").iterdir()]
         children = (process / "task" / str(pid) / "children").read_text().split()
         return {

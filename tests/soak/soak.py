@@ -64,8 +64,8 @@ class Soak:
                 self._round()
             except AssertionError as error:
                 log = self._phone.daemon.log.tail(count=150)
-                raise AssertionError(f"logged was:\n{log}\nround {number}, in which the runtime was "
-                                     f"{self._disturber.chosen}: {error}") from error
+                raise AssertionError(f"logged was:\n{log}\nround {number}, in which the runtime "
+                                     f"was {self._disturber.chosen}: {error}") from error
             if number == 0:
                 self._start_counting()
             elif number > 0:
@@ -85,14 +85,15 @@ class Soak:
         requests = ", ".join(f"{count} {queue}" for queue, count in sorted(self._requests.items()))
         return (f"{rounds} rounds, in which the runtime was\n{ways}\n"
                 f"requests accepted and handed over: {requests}, of which {self._lost} went down "
-                f"with the runtime\n{self._footprint.table()}")
+                f"with the runtime and {self._deliveries.kept} were kept for the next\n"
+                f"{self._footprint.table()}")
 
     def _start_counting(self):
         self._restart()
         self._footprint.begin()
         self._disturber.count_anew()
         self._requests.clear()
-        self._lost = 0
+        self._lost = self._deliveries.kept = 0
 
     def _restart(self):
         """A runtime that has just started holds of the daemon only what each has to hold."""
