@@ -29,7 +29,7 @@ FIGURES = (
     Figure("threads", "threads", 0, 2),
     Figure("children", "child processes", 0, 2),
     Figure("rss", "resident memory, kB", 4 * MEBIBYTE, 24 * MEBIBYTE),
-    Figure("anonymous", "anonymous memory, kB", 2 * MEBIBYTE, 24 * MEBIBYTE),
+    Figure("anonymous", "anonymous memory, kB", 3 * MEBIBYTE, 24 * MEBIBYTE),
     Figure("timerfds", "timer descriptors", 0, 2),
     Figure("timers", "timers that run at rest", 0, 1),
     Figure("files", "binder: open files", 0, 1),

@@ -21,7 +21,7 @@ APPS = {"papertrail": "org.example.papertrail", "weather": "org.example.weather"
 
 # What is freed is free: the address sanitizer keeps it back for a while, to find who uses it still.
 ENVIRONMENT = {"ASAN_OPTIONS": ":".join(filter(None, [
-    os.environ.get("ASAN_OPTIONS"), "quarantine_size_mb=1", "thread_local_quarantine_size_kb=64"]))}
+    os.environ.get("ASAN_OPTIONS"), "quarantine_size_mb=0", "thread_local_quarantine_size_kb=0"]))}
 
 # So many rounds before the first figures are taken: the daemon has then done everything once.
 WARMING_ROUNDS = 3
