@@ -188,6 +188,7 @@ void Client::addNode(const std::shared_ptr<Node> &node)
 
 void Client::forgetNode(Node &node)
 {
+    // cppcheck-suppress unreadVariable // it lives until the end
     const std::shared_ptr<Node> forgotten = node.shared_from_this();
     withdrawAnnouncement(node);
     m_nodes.erase(node.id());

@@ -16,7 +16,7 @@ constexpr std::size_t MaxThreadWork = 65536;
 
 } // namespace
 
-CommandExecutor::CommandExecutor(Client &client, PayloadReader payloads)
+CommandExecutor::CommandExecutor(Client &client, const PayloadReader &payloads)
     : m_client(client)
     , m_payloads(payloads)
 {

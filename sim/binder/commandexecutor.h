@@ -18,7 +18,7 @@ class Client;
 class CommandExecutor
 {
 public:
-    CommandExecutor(Client &client, PayloadReader payloads);
+    CommandExecutor(Client &client, const PayloadReader &payloads);
 
     /// Returns 0, or −EINVAL at something that is no command of ours; `consumed` counts the bytes
     /// of the commands that were carried out.

@@ -67,6 +67,7 @@ int runCaller(const Options &options)
     auto loop = std::make_unique<BinderLoop>(std::move(driver));
     if (!loop->start())
         return EXIT_FAILURE;
+    // cppcheck-suppress unreadVariable // it works from now on
     const CallerProcess caller(std::move(loop), options);
     return QCoreApplication::exec();
 }

@@ -181,6 +181,7 @@ ClipData Codec::readClipData() const
         const std::size_t before = m_parcel.bytesRemaining();
         ClipDataItem item = readClipDataItem();
         // At the end, and where there is no plain data, reads consume nothing: the count is wrong.
+        // cppcheck-suppress knownConditionTrueFalse // reading moves on
         if (m_parcel.bytesRemaining() == before)
             break;
         clipData.items.append(std::move(item));

@@ -10,6 +10,7 @@ class OwnedValue
 {
 public:
     OwnedValue() = default;
+    // cppcheck-suppress noExplicitConstructor // it stands for the value
     OwnedValue(Value value)
         : m_value(std::make_unique<Value>(std::move(value)))
     {

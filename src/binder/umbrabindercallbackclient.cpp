@@ -53,6 +53,7 @@ void UmbraBinderCallbackClient::onDeath()
     m_listener->onRemoteObjectDied(this);
     if (!self.isNull())
         Q_EMIT onConnectionChanged(false);
+    // cppcheck-suppress duplicateCondition // the signal may have deleted it
     if (!self.isNull())
         deleteLater();
 }

@@ -11,6 +11,7 @@ struct Failure
 {
     int first; ///< lowest return code of the range
     int last;  ///< highest return code of the range
+    // cppcheck-suppress unusedStructMember // it is what is returned
     const char *textId;
 };
 

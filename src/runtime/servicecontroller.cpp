@@ -77,7 +77,8 @@ ServiceController::ServiceController()
     m_serviceState = properties.value(ActiveState).toString();
     logState(properties);
     m_serviceEnabled = properties.value(UnitFileState).toString() == Enabled;
-    Q_EMIT serviceStateChanged();
+    // The first state is told like every other, even if nobody can listen yet.
+    Q_EMIT serviceStateChanged(); // clazy:exclude=incorrect-emit
 }
 
 void ServiceController::onPropertiesChanged(const QString &interface, const QVariantMap &changed,

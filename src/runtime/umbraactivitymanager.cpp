@@ -17,7 +17,7 @@ constexpr int Owner = 0; // the runtime's only Android user
 // The activity manager looks these two up by name; a null name is an error to it.
 QString nobody()
 {
-    return QStringLiteral("");
+    return QLatin1String("");
 }
 
 } // namespace

@@ -27,11 +27,12 @@ void emitAppClosed(const QString &appName)
         QDBusMessage::createSignal(QStringLiteral("/com/corvo/bramd"),
                                    QStringLiteral("com.corvo.bramd"), QStringLiteral("appClosed"));
     // An app without a name is an empty string on the bus, where there is no null string.
-    signal << (appName.isNull() ? QStringLiteral("") : appName);
+    signal << (appName.isNull() ? QString(QLatin1String("")) : appName);
     QDBusConnection::systemBus().send(signal);
 }
 
 // Nobody waits for an answer to a report, so none is made.
+// cppcheck-suppress constParameter // a parcel is read by moving on in it
 std::unique_ptr<Binder::OutgoingReply> handleReport(Binder::IncomingRequest &request, quint32 code)
 {
     if (request.interfaceToken() == ListenerDescriptor && code == AppClosed)

@@ -71,6 +71,7 @@ bool NameKeeper::findManager()
             qCDebug(lcBinderDriver) << "Service manager cannot be called, status" << status;
         return false;
     }
+    // cppcheck-suppress knownConditionTrueFalse
     if (m_manager == nullptr) { // found meanwhile, by a call back into this process
         m_manager = m_process.remoteObject(ContextManagerHandle);
         m_manager->addDeathHandler([this] { onManagerDied(); });

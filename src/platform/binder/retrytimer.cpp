@@ -6,7 +6,7 @@ namespace Binder {
 
 namespace {
 
-constexpr qint64 EagerPeriodMs = 60 * 1000;
+constexpr qint64 EagerPeriodMs = qint64(60) * 1000;
 constexpr int EagerIntervalMs = 1000;
 constexpr int PatientIntervalMs = 8 * 1000;
 

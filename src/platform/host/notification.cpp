@@ -18,7 +18,7 @@ constexpr int MaxCharacters = 4096;
 /// a NUL would end it. Apps choose their names and messages, so any of these may come along.
 QByteArray busText(const QString &text)
 {
-    QVector<uint> characters = text.left(MaxCharacters).toUcs4();
+    QVector<uint> characters = text.leftRef(MaxCharacters).toUcs4();
     for (uint &character : characters) {
         if (character == 0 || QChar::isNonCharacter(character))
             character = QChar::ReplacementCharacter;

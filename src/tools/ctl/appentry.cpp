@@ -88,7 +88,7 @@ QVector<App> appsOf(const QVector<AppEntry> &entries)
         }
         addTo(*app, entry);
     }
-    return apps.values().toVector();
+    return QVector<App>(apps.cbegin(), apps.cend());
 }
 
 QVector<App> installedApps()

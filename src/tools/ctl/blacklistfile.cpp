@@ -29,7 +29,8 @@ QString secondPathIn(const QByteArray &environmentFile)
 {
     const QByteArray name = QByteArrayLiteral("BRAMD_PACKAGE_BLACKLIST_PATH=");
     QString path; // of the last assignment, as systemd.exec(5) has it
-    for (const QByteArray &line : environmentFile.split('\n')) {
+    const QList<QByteArray> lines = environmentFile.split('\n');
+    for (const QByteArray &line : lines) {
         if (!line.trimmed().startsWith(name))
             continue;
         path = QString::fromUtf8(line.trimmed().mid(name.size()));
@@ -45,7 +46,8 @@ QString secondPathIn(const QByteArray &environmentFile)
 QStringList packages(const QByteArray &content)
 {
     QStringList found;
-    for (const QByteArray &line : content.split('\n')) {
+    const QList<QByteArray> lines = content.split('\n');
+    for (const QByteArray &line : lines) {
         const QString package = packageIn(line);
         if (!package.isEmpty() && !found.contains(package))
             found.append(package);

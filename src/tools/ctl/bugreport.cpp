@@ -32,17 +32,18 @@ QStringList journal()
         process.waitForFinished(TimeoutMs);
         return {QStringLiteral("(journalctl: %1)").arg(process.errorString())};
     }
-    QStringList lines;
-    const QString text = QString::fromUtf8(process.readAll());
-    for (const QString &line : text.split(QLatin1Char('\n'), Qt::SkipEmptyParts))
-        lines.append(RuntimeText::singleLine(line));
+    QStringList lines =
+        QString::fromUtf8(process.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    for (QString &line : lines)
+        line = RuntimeText::singleLine(line);
     return lines;
 }
 
 QStringList findings(const HostState &host)
 {
     QStringList lines;
-    for (const Finding &finding : Doctor::examine(host))
+    const QVector<Finding> found = Doctor::examine(host);
+    for (const Finding &finding : found)
         lines.append(finding.what);
     return lines;
 }
@@ -57,7 +58,8 @@ Section apps()
 {
     Section section{QStringLiteral("Apps"), {}, {}};
     QVector<QStringList> rows;
-    for (const App &app : AppEntries::installedApps()) {
+    const QVector<App> installed = AppEntries::installedApps();
+    for (const App &app : installed) {
         rows.append({app.packageName, app.name, app.version,
                      QStringLiteral("%1, opens %2")
                          .arg(number(app.launchers.size(), QStringLiteral("launcher")),

@@ -58,7 +58,8 @@ QStringList usageWords(const Command &command)
 QString indented(const QVector<QStringList> &rows)
 {
     QString text;
-    for (const QString &line : TextTable::lines(rows))
+    const QStringList lines = TextTable::lines(rows);
+    for (const QString &line : lines)
         text += QLatin1String("  ") + line + QLatin1Char('\n');
     return text;
 }

@@ -116,7 +116,8 @@ Outcome hidden(const Invocation &invocation, Context &context)
         const RegularFile file = path.isEmpty() ? RegularFile() : RegularFile::read(path);
         if (!file.isRead() && file.state != RegularFile::State::Missing)
             return unreadable(path);
-        for (const QString &package : BlacklistFile::packages(file.content)) {
+        const QStringList packages = BlacklistFile::packages(file.content);
+        for (const QString &package : packages) {
             array.append(
                 QJsonObject{{QStringLiteral("package"), package}, {QStringLiteral("list"), path}});
             rows.append({package, path});
