@@ -123,6 +123,7 @@ def directories_on_disk():
     for directory in DIRECTORIES:
         substitute = place / directory.name
         substitute.mkdir(parents=True)
+        directory.mkdir(parents=True, exist_ok=True)
         namespace.bind(substitute, directory)
     try:
         yield
