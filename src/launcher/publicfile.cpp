@@ -1,11 +1,13 @@
 #include "launcher/publicfile.h"
 
 #include <QFile>
-#include <QSaveFile>
+#include <QFileInfo>
+#include <QTemporaryFile>
 
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <cstdio>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -18,8 +20,9 @@ constexpr QFileDevice::Permissions ReadableByAll = QFileDevice::ReadOwner |
                                                    QFileDevice::WriteOwner |
                                                    QFileDevice::ReadGroup | QFileDevice::ReadOther;
 
-/// What QSaveFile appends to the name of a file for its temporary file.
-constexpr int TemporarySuffixBytes = sizeof(".XXXXXX") - 1;
+/// What is appended to the name of a file for its temporary file, with letters in place of each X.
+constexpr char TemporarySuffix[] = ".XXXXXX";
+constexpr int TemporarySuffixBytes = sizeof TemporarySuffix - 1;
 
 /// Far above what anybody keeps in such a file.
 constexpr qint64 MaxBytes = INT_MAX / 2;
@@ -80,7 +83,7 @@ bool isLetter(QChar character)
 }
 
 /// Whether what was written is on the disk. Some file systems know no such thing, but one that
-/// tells of an error has lost something. (QSaveFile synchronises too, and ignores it.)
+/// tells of an error has lost something.
 bool synchronise(const QFileDevice &file)
 {
     return ::fdatasync(file.handle()) == 0 || errno == EINVAL || errno == ENOSYS;
@@ -88,16 +91,27 @@ bool synchronise(const QFileDevice &file)
 
 } // namespace
 
+// As QSaveFile does it, but for one thing: that synchronises too, and ignores that it fails. To do
+// so before it does would make the disk do it twice.
 WriteResult write(const QString &path, const QByteArray &content)
 {
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
+    const QFileInfo old(path);
+    if (old.isDir() || (old.exists() && !old.isWritable()))
         return WriteResult::CannotOpen;
-    // commit() alone would not notice a write that fails only when the buffer is flushed.
+    const QString finalPath = old.isSymLink() ? old.symLinkTarget() : path;
+    QTemporaryFile file(finalPath + QLatin1String(TemporarySuffix));
+    if (!file.open())
+        return WriteResult::CannotOpen;
     if (!file.setPermissions(ReadableByAll) || file.write(content) != content.size() ||
         !file.flush() || !synchronise(file))
-        file.cancelWriting();
-    return file.commit() ? WriteResult::Written : WriteResult::CannotWrite;
+        return WriteResult::CannotWrite;
+    // It has had no name until it is asked for.
+    const QByteArray name = QFile::encodeName(file.fileName());
+    if (name.isEmpty() ||
+        std::rename(name.constData(), QFile::encodeName(finalPath).constData()) != 0)
+        return WriteResult::CannotWrite;
+    file.setAutoRemove(false);
+    return WriteResult::Written;
 }
 
 std::optional<QByteArray> read(const QString &path)

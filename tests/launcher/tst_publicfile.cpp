@@ -18,6 +18,8 @@ private Q_SLOTS:
     void writesWhateverTheUmask_data();
     void writesWhateverTheUmask();
     void replacesTheOldFile();
+    void writesThroughALink();
+    void cannotOpenADirectory();
     void cannotOpenInAMissingDirectory();
     void cannotOpenOnAReadOnlyDisk();
     void keepsTheOldFileWhenTheDiskIsFull_data();
@@ -74,6 +76,28 @@ void PublicFileTest::replacesTheOldFile()
     QCOMPARE(HostFiles::read(m_path), QByteArray("new"));
     QCOMPARE(HostFiles::mode(m_path), 0644);
     QVERIFY(HostFiles::inode(m_path) != before);
+}
+
+void PublicFileTest::writesThroughALink()
+{
+    const QString link = m_directory + QLatin1String("/link");
+    HostFiles::write(m_path, "old");
+    QVERIFY(QFile::link(QStringLiteral("a.txt"), link));
+
+    QCOMPARE(PublicFile::write(link, "new"), WriteResult::Written);
+
+    QCOMPARE(HostFiles::read(m_path), QByteArray("new"));
+    QCOMPARE(QFile::symLinkTarget(link), m_path);
+}
+
+void PublicFileTest::cannotOpenADirectory()
+{
+    HostFiles::makeEmptyDirectory(m_path);
+
+    QCOMPARE(PublicFile::write(m_path, "new"), WriteResult::CannotOpen);
+
+    QVERIFY(QFileInfo(m_path).isDir());
+    QVERIFY(QDir(m_directory).entryList(QDir::Files | QDir::Hidden).isEmpty());
 }
 
 void PublicFileTest::cannotOpenInAMissingDirectory()
