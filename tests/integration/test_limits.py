@@ -208,10 +208,16 @@ def test_without_a_free_descriptor_nothing_is_torn(papertrail):
         for path in (icon_path(MAIN), icon_path(SHARE)):
             log.expect(f'Unable to write icon: "{path}"', "warning", LAUNCHER)
         for path in (MAIN, SHARE):
+            log.expect(f'Could not read: "{path}"', "warning", LAUNCHER)
             log.expect(f'Could not open "{path}" for writing', "warning", LAUNCHER)
+        for directory in (APPLICATIONS, ICONS, SETTINGS):
+            log.expect(f'Could not list: "{directory}/"', "warning", LAUNCHER)
         log.expect(f'Unable to open json file "{settings_path(MAIN)}" for writing', "warning",
                    LAUNCHER)
         log.expect("Unable to write sharing file", "warning", LAUNCHER)
+        # The end of an announcement tries again, and looks for entries a second time.
+        log.claim_all("Unable to write sharing file", "warning", LAUNCHER)
+        log.claim_all(f'Could not list: "{APPLICATIONS}/"', "warning", LAUNCHER)
         assert written() == before
 
     announce_again(papertrail)
