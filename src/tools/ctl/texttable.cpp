@@ -12,7 +12,8 @@ namespace TextTable {
 int width(const QString &text)
 {
     int columns = 0;
-    for (const uint character : text.toUcs4()) {
+    const QVector<uint> characters = text.toUcs4();
+    for (const uint character : characters) {
         const int known = wcwidth(static_cast<wchar_t>(character));
         columns += known < 0 ? 1 : known; // a locale that does not know it shows something
     }
