@@ -89,6 +89,21 @@ bool synchronise(const QFileDevice &file)
     return ::fdatasync(file.handle()) == 0 || errno == EINVAL || errno == ENOSYS;
 }
 
+/// Gives the file its place; `isNew`: where there was none. A file without a name can have the
+/// final one at once, but only if that is free.
+bool move(QTemporaryFile *file, const QByteArray &finalPath, bool isNew)
+{
+    const QByteArray nameless = "/proc/self/fd/" + QByteArray::number(file->handle());
+    if (isNew && ::linkat(AT_FDCWD, nameless.constData(), AT_FDCWD, finalPath.constData(),
+                          AT_SYMLINK_FOLLOW) == 0)
+        return true;
+    const QByteArray name = QFile::encodeName(file->fileName()); // it gets one by that
+    if (name.isEmpty() || std::rename(name.constData(), finalPath.constData()) != 0)
+        return false;
+    file->setAutoRemove(false);
+    return true;
+}
+
 } // namespace
 
 // As QSaveFile does it, but for one thing: that synchronises too, and ignores that it fails. To do
@@ -103,14 +118,9 @@ WriteResult write(const QString &path, const QByteArray &content)
     if (!file.open())
         return WriteResult::CannotOpen;
     if (!file.setPermissions(ReadableByAll) || file.write(content) != content.size() ||
-        !file.flush() || !synchronise(file))
+        !file.flush() || !synchronise(file) ||
+        !move(&file, QFile::encodeName(finalPath), !old.exists()))
         return WriteResult::CannotWrite;
-    // It has had no name until it is asked for.
-    const QByteArray name = QFile::encodeName(file.fileName());
-    if (name.isEmpty() ||
-        std::rename(name.constData(), QFile::encodeName(finalPath).constData()) != 0)
-        return WriteResult::CannotWrite;
-    file.setAutoRemove(false);
     return WriteResult::Written;
 }
 
