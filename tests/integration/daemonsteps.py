@@ -58,9 +58,10 @@ def expect_deaths(phone, since):
     phone.daemon.log.claim_all(DIED, "warning", BINDER, since)
 
 
-def forgive_deaths(phone):
-    """A runtime that stops in order may be gone before the daemon has read that it is stopping."""
-    phone.daemon.log.expect('Umbra VM is "inactive" ( "dead" )')
+def forgive_deaths(phone, since=0):
+    """A runtime that stops in order may be gone before the daemon has read that it is stopping. A
+    daemon that was there before the runtime has logged the same state before: since says when."""
+    phone.daemon.log.expect('Umbra VM is "inactive" ( "dead" )', since=since)
     phone.daemon.log.claim_all(DIED, "warning", BINDER)
 
 

@@ -69,8 +69,9 @@ def test_a_jump_does_not_keep_anybody_waiting(phone, clock, jump):
     # While it knows them, and while it waits for the next runtime:
     clock.set(0)
     assert phone.bramd.call("getAppSize", "s", "org.example.weather")[0] > 0
+    since = phone.daemon.log.mark()
     phone.stop_runtime()
-    forgive_deaths(phone)
+    forgive_deaths(phone, since)
     clock.set(jump)
     start_runtime(phone)
     since = phone.daemon.log.mark()

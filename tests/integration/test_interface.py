@@ -131,9 +131,10 @@ def test_whether_the_runtime_runs_is_never_known(phone, bramd):
 def test_the_unit_is_started_and_stopped_on_request(phone, bramd):
     bramd.call("controlService", "b", True)
     phone.unit.wait_for_state("active")
+    since = phone.daemon.log.mark()
     bramd.call("controlService", "b", False)
     phone.unit.wait_for_state("inactive")
-    forgive_deaths(phone)
+    forgive_deaths(phone, since)
     assert unit_calls(phone, "StartUnit", "StopUnit") == [
         ("StartUnit", ["umbravm.service", "replace"]),
         ("StopUnit", ["umbravm.service", "replace"])]
