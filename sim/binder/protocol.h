@@ -70,7 +70,7 @@ static_assert(sizeof(MapRequest) == 16);
 static_assert(sizeof(WriteReadRequest) == 24 && sizeof(WriteReadAnswer) == 24);
 
 /// The binder driver uses no more of a mapping than this (Linux, drivers/android/binder_alloc.c).
-constexpr std::size_t MaxMappingSize = 4 * 1024 * 1024;
+constexpr std::size_t MaxMappingSize = std::size_t(4) * 1024 * 1024;
 
 /// A frame can carry a few messages that fill a receiver's mapping; a longer one is refused.
 constexpr std::size_t MaxFrameSize = 4 * MaxMappingSize;
