@@ -50,7 +50,7 @@ int main(int argc, char *argv[])
     const TerminationSignals terminationSignals;
     const Catalogues catalogues;
     const DaemonConfig config;
+    const SystemBusWatch systemBusWatch; // before anybody hears of the daemon
     const BramDaemon daemon(&config);
-    const SystemBusWatch systemBusWatch;
     return QCoreApplication::exec();
 }

@@ -28,8 +28,8 @@ std::optional<QString> findValue(const QByteArray &content, const char *key)
     QByteArray found;
     bool inGroup = false;
     int end = 0;
-    for (int begin = content.startsWith(ByteOrderMark) ? 3 : 0; begin < content.size();
-         begin = end + 1) {
+    for (int begin = content.startsWith(ByteOrderMark) ? int(sizeof ByteOrderMark) - 1 : 0;
+         begin < content.size(); begin = end + 1) {
         end = content.indexOf('\n', begin);
         if (end < 0)
             end = content.size();
@@ -43,7 +43,7 @@ std::optional<QString> findValue(const QByteArray &content, const char *key)
     }
     if (found.isNull())
         return std::nullopt;
-    return QString::fromUtf8(found).mid(start.size());
+    return QString::fromUtf8(found.constData(), found.size()).mid(start.size());
 }
 
 } // namespace
@@ -105,7 +105,8 @@ void DesktopFile::read()
 QMap<QString, QString> DesktopFile::parse(const QByteArray &content)
 {
     QMap<QString, QString> entries;
-    const QString text = QString::fromUtf8(content);
+    // The size is given because some text could contain NUL, where it would be taken to end.
+    const QString text = QString::fromUtf8(content.constData(), content.size());
     bool inGroup = false;
     int end = 0;
     for (int begin = 0; begin < text.size(); begin = end + 1) {

@@ -8,13 +8,14 @@ namespace Leftovers {
 
 namespace {
 
-/// Whether a file of this name is of no use, in the directory of files that have the suffix in
-/// place of that of their desktop entry. For a desktop entry itself that is for others to say.
-bool isLeftover(const QString &name, QLatin1String suffix, const QSet<QString> &desktopFiles)
+/// Whether a file of this name is of no use, in a directory of files that have the suffix in place
+/// of that of their desktop entry. For a desktop entry itself that is for others to say.
+bool isLeftover(const QString &directory, const QString &name, QLatin1String suffix,
+                const QSet<QString> &desktopFiles)
 {
     const QString finalName = PublicFile::withoutTemporarySuffix(name);
     const bool isTemporary = finalName != name;
-    if (isTemporary && LauncherPaths::iconsDir() + finalName == LauncherPaths::sharingFile())
+    if (isTemporary && directory + finalName == LauncherPaths::sharingFile())
         return true;
     const QString entryName = LauncherPaths::entryOfFile(finalName, suffix);
     if (!LauncherPaths::isEntryName(entryName))
@@ -28,8 +29,8 @@ bool isLeftover(const QString &name, QLatin1String suffix, const QSet<QString> &
 QStringList find(const QSet<QString> &desktopFiles)
 {
     const auto findIn = [&desktopFiles](const QString &directory, const char *suffix) {
-        return listFiles(directory, [suffix, &desktopFiles](const QString &name) {
-            return isLeftover(name, QLatin1String(suffix), desktopFiles);
+        return listFiles(directory, [&](const QString &name) {
+            return isLeftover(directory, name, QLatin1String(suffix), desktopFiles);
         });
     };
     return findIn(LauncherPaths::applicationsDir(), ".desktop") +

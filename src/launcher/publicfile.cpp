@@ -27,13 +27,15 @@ constexpr int TemporarySuffixBytes = sizeof TemporarySuffix - 1;
 /// Far above what anybody keeps in such a file.
 constexpr qint64 MaxBytes = INT_MAX / 2;
 
-/// A file that is open for reading. QFile would ask the system twice as often, and with every start
+/// A file that is open for reading, and nothing that only looks like one: the daemon would wait for
+/// who writes to a pipe. QFile would ask the system twice as often, and with every start
 /// of the runtime all files of all apps are read.
 class OpenFile
 {
 public:
     explicit OpenFile(const QString &path)
-        : m_descriptor(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC))
+        : m_descriptor(::open(QFile::encodeName(path).constData(),
+                              O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK))
     {
     }
     ~OpenFile()
@@ -44,11 +46,11 @@ public:
     OpenFile(const OpenFile &) = delete;
     OpenFile &operator=(const OpenFile &) = delete;
 
-    /// Negative when the file is not open, and where there is no size.
+    /// Negative when the file is not open, and for anything but a file.
     qint64 size() const
     {
         struct stat status = {};
-        const bool known = ::fstat(m_descriptor, &status) == 0 && !S_ISDIR(status.st_mode);
+        const bool known = ::fstat(m_descriptor, &status) == 0 && S_ISREG(status.st_mode);
         return known ? static_cast<qint64>(status.st_size) : -1;
     }
 
@@ -111,7 +113,7 @@ bool move(QTemporaryFile *file, const QByteArray &finalPath, bool isNew)
 WriteResult write(const QString &path, const QByteArray &content)
 {
     const QFileInfo old(path);
-    if (old.isDir() || (old.exists() && !old.isWritable()))
+    if (old.exists() && (!old.isFile() || !old.isWritable()))
         return WriteResult::CannotOpen;
     const QString finalPath = old.isSymLink() ? old.symLinkTarget() : path;
     QTemporaryFile file(finalPath + QLatin1String(TemporarySuffix));

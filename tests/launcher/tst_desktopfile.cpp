@@ -70,6 +70,10 @@ void DesktopFileTest::readsTheGroup_data()
         "b\xEF\xBB\xBF"
         "a");
     row("no UTF-8", "[Desktop Entry]\nName=\xE6\x97\n\xC0=b\nX=\xE6", "\xEF\xBF\xBD\xEF\xBF\xBD");
+    QTest::newRow("behind a NUL") << QByteArrayLiteral("[Desktop Entry]\nX=\0\nName=a\n")
+                                  << QStringLiteral("a");
+    QTest::newRow("with a NUL") << QByteArrayLiteral("[Desktop Entry]\nName=a\0b\n")
+                                << QString::fromLatin1("a\0b", 3);
     row("later groups count too", "[Desktop Entry]\nName=b\n[Desktop Action x]\nName=a\n", "a");
 }
 

@@ -69,6 +69,7 @@ void LeftoversTest::areNoFilesOfOthers()
     for (const char *path :
          {"/usr/share/applications/browser.desktop.aBcXyZ", "/var/lib/bramd/photo.png",
           "/usr/share/applications/bramd_launcher_a-b.desktop.orig",
+          "/usr/share/corvo-settings/entries/sharing.json.aBcXyZ",
           "/usr/share/corvo-settings/entries/wlan.json", "/usr/share/applications/bramd_x.png"})
         HostFiles::write(QString::fromLatin1(path), "x");
 

@@ -20,6 +20,7 @@ private Q_SLOTS:
     void replacesTheOldFile();
     void writesThroughALink();
     void cannotOpenADirectory();
+    void leavesAloneWhatIsNoFile();
     void cannotOpenInAMissingDirectory();
     void cannotOpenOnAReadOnlyDisk();
     void keepsTheOldFileWhenTheDiskIsFull_data();
@@ -98,6 +99,15 @@ void PublicFileTest::cannotOpenADirectory()
 
     QVERIFY(QFileInfo(m_path).isDir());
     QVERIFY(QDir(m_directory).entryList(QDir::Files | QDir::Hidden).isEmpty());
+}
+
+void PublicFileTest::leavesAloneWhatIsNoFile()
+{
+    QVERIFY(::mkfifo(QFile::encodeName(m_path).constData(), 0644) == 0);
+
+    QVERIFY(!PublicFile::read(m_path)); // nor waits for somebody to write into it
+    QVERIFY(!PublicFile::hasContent(m_path, ""));
+    QCOMPARE(PublicFile::write(m_path, "a"), WriteResult::CannotOpen);
 }
 
 void PublicFileTest::cannotOpenInAMissingDirectory()

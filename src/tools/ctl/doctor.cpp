@@ -190,7 +190,7 @@ QVector<Finding> examineTargets(const HostState &host)
 
 QVector<Finding> examineRegistry(const HostState &host)
 {
-    const QString path = LauncherPaths::iconsDir() + QLatin1String("sharing.json");
+    const QString path = LauncherPaths::sharingFile();
     if (host.unreadableDirectories.contains(LauncherPaths::iconsDir()))
         return {};
     switch (host.targets.state) {

@@ -67,8 +67,7 @@ ShareTargets ShareTargets::parse(const QByteArray &content)
 
 ShareTargets ShareTargets::read()
 {
-    const RegularFile file =
-        RegularFile::read(LauncherPaths::iconsDir() + QLatin1String("sharing.json"));
+    const RegularFile file = RegularFile::read(LauncherPaths::sharingFile());
     switch (file.state) {
     case RegularFile::State::Read:
         return parse(file.content);
