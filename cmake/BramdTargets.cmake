@@ -104,10 +104,10 @@ function(bramd_add_test name)
         COMMAND ${enter} ${PROJECT_SOURCE_DIR}/tests/support/at-sdk-level ${level}
                 $<TARGET_FILE:${name}>)
       set_tests_properties(${name}-${level} PROPERTIES
-        LABELS "${ARG_LABELS}" TIMEOUT 120 ENVIRONMENT "TEST_SDK_LEVEL=${level}")
+        LABELS "${ARG_LABELS}" TIMEOUT 300 ENVIRONMENT "TEST_SDK_LEVEL=${level}")
     endforeach()
   else()
     add_test(NAME ${name} COMMAND ${enter} $<TARGET_FILE:${name}>)
-    set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT 120)
+    set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT 300)
   endif()
 endfunction()

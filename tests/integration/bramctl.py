@@ -8,6 +8,8 @@ import subprocess
 from phone.buses import SYSTEM_SOCKET
 from phone.namespace import USER_ID
 
+from tools import LEAKS
+
 TIMEOUT_S = 90
 
 DONE, REFUSED, USAGE, NOT_CONFIRMED, UNREACHABLE, NO_RUNTIME = range(6)
@@ -46,7 +48,7 @@ class Answer:
 
 
 def environment(**added):
-    return {**os.environ, "LC_ALL": "C.UTF-8",
+    return {**os.environ, "LC_ALL": "C.UTF-8", "LSAN_OPTIONS": LEAKS,
             "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={SYSTEM_SOCKET}", **added}
 
 

@@ -47,6 +47,8 @@ def is_sanitized():
 
 needs_plain_memory = pytest.mark.skipif(
     is_sanitized(), reason="the address sanitizer's own memory is beyond every limit")
+needs_plain_objects = pytest.mark.skipif(
+    is_sanitized(), reason="the sanitizer opens a pipe to look at an object's type")
 
 
 def read(process, name):
@@ -188,6 +190,7 @@ def no_free_descriptor(process):
     resource.prlimit(process.pid, resource.RLIMIT_NOFILE, (before, hard_limit))
 
 
+@needs_plain_objects
 def test_without_a_free_descriptor_nothing_is_torn(papertrail):
     wait_until_settled(papertrail)
     log, before = papertrail.daemon.log, written()
@@ -226,6 +229,7 @@ def test_without_a_free_descriptor_nothing_is_torn(papertrail):
     wait_for(WEATHER_ENTRY.exists, "the other app")
 
 
+@needs_plain_objects
 def test_a_runtime_that_comes_when_no_descriptor_is_free_is_met_when_it_comes_again(phone):
     phone.start_daemon()
     log = phone.daemon.log

@@ -2,6 +2,7 @@
 
 import os
 import subprocess
+from pathlib import Path
 
 from phone.buses import SESSION_SOCKET, SYSTEM_SOCKET
 
@@ -21,6 +22,11 @@ def start(*words):
                             stdout=subprocess.PIPE, stderr=subprocess.PIPE, env=_environment({}))
 
 
+# For tools that are built with the leak sanitizer.
+LEAKS = (f"suppressions={Path(__file__).resolve().parent / 'leaks-of-tools.supp'}"
+         ":print_suppressions=0")
+
+
 def _environment(added):
-    return {**os.environ, "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={SYSTEM_SOCKET}",
+    return {**os.environ, "LSAN_OPTIONS": LEAKS, "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={SYSTEM_SOCKET}",
             "DBUS_SESSION_BUS_ADDRESS": f"unix:path={SESSION_SOCKET}", **added}
