@@ -62,6 +62,11 @@ def test_the_packages_hold_the_same_files_as_an_installation(installed, packaged
     assert paths(packaged) == expected
 
 
+def test_the_daemon_is_small(packaged):
+    """As are the phones that it is for."""
+    assert (packaged / "usr/sbin/bramd").stat().st_size <= 600 * 1024
+
+
 def test_the_document_says_of_each_file_what_it_is_for(tmp_path):
     tables = documented()
     assert tables.keys() == {package.name.partition("_")[0] for package in PACKAGES}
