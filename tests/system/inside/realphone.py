@@ -74,10 +74,12 @@ def _end_of_journal():
 
 
 class DaemonUnit:
-    """The daemon as systemd runs it, and its log."""
+    """The daemon as systemd runs it, and its log. Its process is here the one that prints the
+    log."""
 
-    def __init__(self, log):
-        self.log = log
+    def __init__(self, process):
+        self.process = process
+        self.log = DaemonLog(process.output_path)
 
     @property
     def pid(self):
@@ -105,7 +107,7 @@ class RealPhone:
         self._log_reader = Process("bramd-log", [
             "/bin/journalctl", "--follow", "--lines=all", "--output=cat", "--boot", "--unit",
             DAEMON_UNIT, *([] if whole_log else [f"--after-cursor={_end_of_journal()}"])])
-        self.daemon = DaemonUnit(DaemonLog(self._log_reader.output_path))
+        self.daemon = DaemonUnit(self._log_reader)
 
     def log_in(self):
         """The user is logged in on seat0, as at the end of every boot."""
