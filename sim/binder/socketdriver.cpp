@@ -129,7 +129,9 @@ const void *SocketDriver::map(std::size_t size)
 int SocketDriver::writeRead(binder_write_read *exchanged)
 {
     const auto *commands =
-        reinterpret_cast<const std::uint8_t *>(exchanged->write_buffer) + exchanged->write_consumed;
+        reinterpret_cast<const std::uint8_t *>( // NOLINT(performance-no-int-to-ptr)
+            exchanged->write_buffer) +
+        exchanged->write_consumed;
     const std::size_t writeSize = exchanged->write_size > exchanged->write_consumed
                                       ? exchanged->write_size - exchanged->write_consumed
                                       : 0;
@@ -173,7 +175,8 @@ int SocketDriver::deliver(Reply *reply, binder_write_read *exchanged)
             return fail();
     }
     if (answer.readConsumed > 0) {
-        auto *returns = reinterpret_cast<std::uint8_t *>(exchanged->read_buffer);
+        auto *returns = reinterpret_cast<std::uint8_t *>( // NOLINT(performance-no-int-to-ptr)
+            exchanged->read_buffer);
         std::memcpy(returns + exchanged->read_consumed,
                     positions + answer.fileCount * sizeof(std::uint64_t), answer.readConsumed);
     }
