@@ -148,23 +148,26 @@ def test_an_app_that_the_host_does_not_list_is_removed_when_told_so(phone):
     assert removed_packages(phone.runtime) == ["org.example.hidden"]
 
 
-def test_a_daemon_that_ends_ends_the_wait_for_a_removal(papertrail, tmp_path):
-    papertrail.runtime.fault("package", "refuse")
-    output = tmp_path / "output"
+def start_refused_removal(phone, output):
+    """bramctl, which waits for the end of an app that stays."""
+    phone.runtime.fault("package", "refuse")
     process = start("remove", PAPERTRAIL, output=output)
-    wait_for(lambda: removed_packages(papertrail.runtime), "the removal")
-    papertrail.bramd.call("getAndroidVersionData")  # is answered after the removal
+    wait_for(lambda: removed_packages(phone.runtime), "the removal")
+    phone.bramd.call("getAndroidVersionData")  # is answered after the removal
+    return process
+
+
+def test_a_daemon_that_ends_ends_the_wait_for_a_removal(papertrail, tmp_path):
+    output = tmp_path / "output"
+    process = start_refused_removal(papertrail, output)
     papertrail.daemon.crash()
     assert process.wait(30) == UNREACHABLE
     assert f"bramd has ended, and {PAPERTRAIL} is still there." in output.read_text("utf-8")
 
 
 def test_a_runtime_that_dies_ends_the_wait_for_a_removal(papertrail, tmp_path):
-    papertrail.runtime.fault("package", "refuse")
     output = tmp_path / "output"
-    process = start("remove", PAPERTRAIL, output=output)
-    wait_for(lambda: removed_packages(papertrail.runtime), "the removal")
-    papertrail.bramd.call("getAndroidVersionData")  # is answered after the removal
+    process = start_refused_removal(papertrail, output)
     since = papertrail.daemon.log.mark()
     papertrail.unit.kill_runtime()
     assert process.wait(30) == NO_RUNTIME
