@@ -44,8 +44,8 @@ public:
 
     /// Not from the moment on when the driver refuses a call because the service is gone, which can
     /// be earlier than the notice of its death. So a call that does not leave the connection up has
-    /// never reached anybody. One that does has been sent, if not answered, unless the device was
-    /// lost meanwhile, or the driver had another reason to refuse it, such as its size.
+    /// never reached anybody. One that does has been sent, if not answered, unless the driver had
+    /// another reason to refuse it, such as its size.
     bool isConnected() const;
     const char *name() const { return m_serviceName; }
 

@@ -162,6 +162,7 @@ Status Process::transact(Handle target, quint32 code, quint32 flags, const Outgo
 
     OutgoingCall call;
     call.oneWay = (flags & FlagOneWay) != 0;
+    const bool lostBefore = m_channel->isLost();
     m_channel->queue(BC_TRANSACTION, transaction);
     call.commandEnd = m_channel->bytesQueued();
     m_calls.begin(&call);
@@ -175,16 +176,25 @@ Status Process::transact(Handle target, quint32 code, quint32 flags, const Outgo
     m_calls.end(&call);
     if (!call.done) {
         onLost();
-        return StatusDeadObject;
+        call.status = StatusDeadObject;
+        call.refused = lostBefore || call.commandEnd > m_channel->bytesTaken();
     }
     // A call from within a served one can be refused for the end of a mere thread.
-    if (const auto object =
-            call.refused && m_serving == 0 ? m_remoteObjects[target].lock() : nullptr)
-        object->onRefused();
+    if (call.refused && m_serving == 0)
+        onRefused(target);
     flushWhenIdle();
     if (reply != nullptr)
         *reply = std::move(call.reply);
     return call.status;
+}
+
+void Process::onRefused(Handle target)
+{
+    const auto known = m_remoteObjects.find(target);
+    if (known == m_remoteObjects.end())
+        return;
+    if (const std::shared_ptr<RemoteObject> object = known->second.lock())
+        object->onRefused();
 }
 
 std::shared_ptr<RemoteObject> Process::remoteObject(Handle handle)

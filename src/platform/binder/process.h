@@ -85,6 +85,7 @@ private:
     void flushWhenIdle();
     void flushAll();
     void onLost();
+    void onRefused(Handle target);
 
     std::unique_ptr<Channel> m_channel;
     std::unique_ptr<QSocketNotifier> m_notifier;

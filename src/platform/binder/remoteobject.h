@@ -27,8 +27,9 @@ public:
     /// Afterwards the handler does not run any more. Unknown ids and NoHandler are ignored.
     void removeHandler(HandlerId id);
 
-    /// The driver has refused to send a call: its process was gone before. A call that was not
-    /// answered because the process died meanwhile is no such call, and death handlers run later.
+    /// The driver has refused to send a call: the object's process was gone before, or the device
+    /// is lost. A call that was not answered because the process died meanwhile is no such call,
+    /// and death handlers run later.
     bool isKnownDead() const { return m_knownDead; }
     void onRefused() { m_knownDead = true; } ///< for Process
 

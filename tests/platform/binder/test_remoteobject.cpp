@@ -20,7 +20,9 @@ private Q_SLOTS:
     void handlersMayReleaseEverything();
     void deathIsNotToldInsideACall();
     void isKnownToBeDeadOnceACallIsRefused();
+    void isKnownToBeDeadOnceTheDeviceIsLost();
     void isNotKnownToBeDeadForWantOfAnAnswer();
+    void isNotKnownToBeDeadWhenTheDeviceIsLostInACall();
     void releasedObjectsAreNotTold();
     void objectsReleasedAfterDeathAreNotTold();
     void unknownIdsAreIgnored();
@@ -196,6 +198,24 @@ void TestRemoteObject::isKnownToBeDeadOnceACallIsRefused()
     QTRY_VERIFY(told);
 }
 
+void TestRemoteObject::isKnownToBeDeadOnceTheDeviceIsLost()
+{
+    Phone phone;
+    const auto object = phone.manager->getService("thing");
+    const auto other = phone.binder.addService("other");
+    const auto otherObject = phone.manager->getService("other");
+    const auto otherClient = Client::create(otherObject, "test.IOther");
+    phone.binder.breakFile();
+
+    // The first call finds it out, the second does not even get to the driver.
+    QVERIFY(phone.client->transact(5, *phone.client->createRequest()) == nullptr);
+    QVERIFY(object->isKnownDead());
+    QVERIFY(!otherObject->isKnownDead());
+    QVERIFY(otherClient->transact(5, *otherClient->createRequest()) == nullptr);
+    QVERIFY(otherObject->isKnownDead());
+    QCOMPARE(takeLog(QtWarningMsg).size(), 1);
+}
+
 // Whoever died has had the call, or may have had it.
 void TestRemoteObject::isNotKnownToBeDeadForWantOfAnAnswer()
 {
@@ -209,6 +229,24 @@ void TestRemoteObject::isNotKnownToBeDeadForWantOfAnAnswer()
         QVERIFY(phone.client->transact(code, *phone.client->createRequest()) == nullptr);
 
     QVERIFY(!object->isKnownDead());
+}
+
+void TestRemoteObject::isNotKnownToBeDeadWhenTheDeviceIsLostInACall()
+{
+    Phone phone;
+    const auto object = phone.manager->getService("thing");
+    phone.thing->setHandler([&](const FakeTransaction &) {
+        phone.binder.breakFile();
+        return FakeReply();
+    });
+    phone.binder.quirks.loneNoops = 1; // in place of the reply, which nobody reads any more
+
+    Status status = StatusOk;
+    QVERIFY(phone.client->transact(5, *phone.client->createRequest(), &status) == nullptr);
+
+    QCOMPARE(status, StatusDeadObject);
+    QVERIFY(!object->isKnownDead());
+    QCOMPARE(takeLog(QtWarningMsg).size(), 1);
 }
 
 void TestRemoteObject::releasedObjectsAreNotTold()
