@@ -324,9 +324,13 @@ void BramDaemon::onPackageManagerAvailable(bool connected)
 
 void BramDaemon::onServiceStateChanged()
 {
-    // Not while it starts, which may be told again when it has begun to announce its apps.
+    // An announcement that was on its way when the runtime died may be served after its end was
+    // told, so all is forgotten again when the next one begins: just then, since that it starts may
+    // be told again when it has begun to announce its apps.
     const QString state = m_serviceController->serviceState();
-    if (state == QLatin1String("inactive") || state == QLatin1String("failed"))
+    const bool hadEnded = m_runtimeEnded;
+    m_runtimeEnded = state == QLatin1String("inactive") || state == QLatin1String("failed");
+    if (m_runtimeEnded || hadEnded)
         m_desktopManager.onRuntimeEnded();
 }
 
@@ -388,7 +392,7 @@ void BramDaemon::queueIntent(const Intent &intent)
         return;
     if (m_activityManager.isConnected())
         startIntents();
-    if (!m_activityManager.isConnected()) // from the start, or it was refused
+    if (!m_intents.isEmpty()) // nobody was there, or nobody any more
         publishRuntimeStarting(intent.package);
 }
 

@@ -119,6 +119,7 @@ private:
     UmbraDeviceIdle m_deviceIdle;
     DesktopManager m_desktopManager;
     ServiceController *m_serviceController;
+    bool m_runtimeEnded = false; // and the next one has not begun
     const DaemonConfig *m_config;
     PackageRequests m_packageRequests;
     WaitingList<QString> m_launches; // packages to launch once the runtime is ready

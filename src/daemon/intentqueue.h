@@ -12,6 +12,8 @@ public:
     /// False, with a warning now and then, when too many wait already.
     bool add(const Intent &intent) { return m_waiting.add(intent); }
 
+    bool isEmpty() const { return m_waiting.isEmpty(); }
+
     /// Hands each intent to `start`, in order and one at a time, those included that are added
     /// meanwhile. A call from inside `start` does nothing: the outer one gets there. When `start`
     /// returns false nobody was there to take the intent, which waits on with those behind it.

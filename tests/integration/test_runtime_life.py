@@ -7,7 +7,7 @@ from phone.waiting import wait_for
 from daemonsteps import (ANNOUNCED, BINDER, DIED, SERVICE, connected_line, expect_deaths,
                          forgive_deaths, start_beside_runtime, start_runtime,
                          wait_until_announced, wait_until_connected)
-from hostfiles import download, entries, traces
+from hostfiles import APPLICATIONS, download, entries, read_entry, traces
 from launches import LAUNCH_PACKAGE, START_ACTIVITY, launched_packages, started_intents
 from packagerequests import (check_removal, install_paths, installs, removals,
                              removed_packages)
@@ -57,6 +57,30 @@ def test_an_app_that_goes_while_the_runtime_starts_leaves_the_host(phone, runnin
     forgive_deaths(phone)
     assert phone.bramd.call("removeFile", "s", WEATHER) is True
     wait_for(lambda: not traces(), lambda: f"the end of {traces()}", 20)
+
+
+def test_what_comes_from_a_runtime_after_its_end_is_forgotten_with_it(phone, running):
+    """An announcement can be on its way when the runtime dies."""
+    del running
+    wait_until_announced(phone)
+    phone.unit.show("failed", "failed")
+    phone.daemon.log.expect('Umbra VM is "failed" ( "failed" )')
+    data = launcher("org.example.late", "late.Main", "Late")
+    assert phone.runtime.call_launcher(ADD_LAUNCHER, data) == (0, b"")
+    assert entries()
+
+    phone.unit.show("activating", "start")
+    phone.daemon.log.expect('Umbra VM is "activating" ( "start" )')
+    data = launcher("org.example.next", "next.Main", "Next")
+    assert phone.runtime.call_launcher(ADD_LAUNCHER, data) == (0, b"")
+    since = phone.daemon.log.mark()
+    phone.unit.show("activating", "start-post")
+    phone.daemon.log.expect('Umbra VM is "activating" ( "start-post" )', since=since)
+    phone.unit.show("active", "running")
+    phone.daemon.log.expect('Umbra VM is "active" ( "running" )', since=since)
+    assert phone.runtime.call_launcher(COMPLETE) == (0, b"")
+
+    assert [read_entry(APPLICATIONS / name)["Name"] for name in entries()] == ["Next"]
 
 
 def test_everything_is_let_go_when_the_unit_begins_to_stop(phone, running):

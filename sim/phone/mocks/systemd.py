@@ -76,13 +76,13 @@ class Unit:
     def start(self):
         if self._process:
             return
+        self.show("activating")
         with open(self.output, "ab") as output:
             self._process = subprocess.Popen(  # pylint: disable=consider-using-with
                 self.command, stdin=subprocess.DEVNULL, stdout=output, stderr=output,
                 start_new_session=True)
         self._stopping = False
         self._object.UpdateProperties(SERVICE_IFACE, {"MainPID": dbus.UInt32(self._process.pid)})
-        self.show("activating")
         GLib.timeout_add(LOOK_INTERVAL_MS, self._look, self._process)
 
     def stop(self):
