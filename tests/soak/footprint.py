@@ -89,11 +89,12 @@ class Footprint:
         self._highest = {name: max(count, self._highest[name]) for name, count in figures.items()}
 
     def _at_rest(self):
-        """Once nothing is under way: no timer runs, no child, no message is held."""
+        """Once nothing is under way: no timer runs, no child, no message is held. The figures are
+        read one after the other, and belong together when the next look finds the same."""
         def rest():
             figures = self._figures()
             busy = figures["timers"] or figures["children"] or figures["buffers"]
-            return None if busy else figures
+            return None if busy or figures != self._figures() else figures
         return wait_for(rest, lambda: f"the daemon's rest; it has {self._figures()}", 30)
 
     def _figures(self):
