@@ -4,7 +4,7 @@ import signal
 from pathlib import Path
 
 from .buses import BusObject
-from .process import Process
+from .mockprocess import MockProcess
 from .waiting import wait_for
 
 MOCKS = Path(__file__).resolve().parent / "mocks"
@@ -23,9 +23,8 @@ class HostService:
         """Starts it, unless it is run by somebody else; use wait_until_ready() before anything
         else."""
         self.bus = bus
-        self.process = Process(self.template, [
-            "/usr/bin/python3", "-m", "dbusmock", f"--{bus.kind}",
-            "--template", MOCKS / f"{self.template}.py"],
+        self.process = MockProcess(self.template, [
+            f"--{bus.kind}", "--template", MOCKS / f"{self.template}.py"],
             {f"DBUS_{bus.kind.upper()}_BUS_ADDRESS": bus.address}) if start else None
         self._mock = BusObject(bus, self.service, self.path, MOCK_IFACE)
         self.control = BusObject(bus, self.service, self.path, self.control_interface)

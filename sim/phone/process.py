@@ -21,9 +21,12 @@ class Process:
         self.end_expected = False
         self.output_path = _new_log(name)
         with open(self.output_path, "wb") as output:
-            self._popen = subprocess.Popen(  # pylint: disable=consider-using-with
-                [os.fspath(word) for word in command], stdin=stdin, stdout=output, stderr=output,
-                env={**os.environ, **(environment or {})}, start_new_session=True)
+            self._popen = self._start([os.fspath(word) for word in command],
+                                      {**os.environ, **(environment or {})}, stdin, output)
+
+    def _start(self, command, environment, stdin, output):
+        return subprocess.Popen(command, stdin=stdin, stdout=output, stderr=output,
+                                env=environment, start_new_session=True)
 
     @property
     def pid(self):
