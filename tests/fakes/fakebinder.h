@@ -81,6 +81,9 @@ public:
     bool isOpen() const { return m_file != nullptr; }
     int timesOpened() const { return m_timesOpened; }
     int ioctlCount() const { return m_ioctlCount; }
+
+    /// How many reads found nothing. A kernel logs each.
+    int emptyReads() const { return m_emptyReads; }
     int mappedSize() const { return m_mappedSize; }
 
     /// Whether nothing waits to be delivered.
@@ -104,5 +107,6 @@ private:
     int m_sdkLevel = 0;
     int m_timesOpened = 0;
     int m_ioctlCount = 0;
+    int m_emptyReads = 0;
     int m_mappedSize = 0;
 };

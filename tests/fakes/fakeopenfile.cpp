@@ -116,11 +116,16 @@ bool FakeOpenFile::isIdle() const
 int FakeOpenFile::writeRead(binder_write_read *exchange)
 {
     m_handles.offerContextManager(m_binder->m_contextManager);
+    m_calledJustNow = false;
     exchange->write_consumed +=
         write(pointer<char>(exchange->write_buffer + exchange->write_consumed),
               exchange->write_size - exchange->write_consumed);
     if (exchange->read_size == 0)
         return 0;
+    if (m_calledJustNow) {
+        ++m_binder->m_emptyReads;
+        return -EAGAIN;
+    }
     auto *buffer = reinterpret_cast<char *>(static_cast<std::uintptr_t>(exchange->read_buffer));
     return read(buffer, exchange->read_size, &exchange->read_consumed);
 }
@@ -205,8 +210,10 @@ int FakeOpenFile::read(char *bytes, std::size_t size, quint64 *consumed)
     } else {
         const bool fromProcess = m_threadWork.empty() && m_stack.empty();
         std::deque<Work> &queue = fromProcess ? m_processWork : m_threadWork;
-        if (queue.empty())
+        if (queue.empty()) {
+            ++m_binder->m_emptyReads;
             return -EAGAIN;
+        }
         while (!queue.empty() && static_cast<std::size_t>(returns.size()) + 80 <= size) {
             const Work work = std::move(queue.front());
             queue.pop_front();

@@ -110,6 +110,7 @@ private:
     int m_descriptor;
     char m_mapping = 0;
     bool m_looping = false;
+    bool m_calledJustNow = false; // with the same ioctl; nobody answers as fast as that
     bool m_broken = false;
     std::deque<Work> m_threadWork;
     std::deque<Work> m_processWork;

@@ -69,6 +69,7 @@ void FakeOpenFile::onTransaction(const binder_transaction_data &data)
     m_threadWork.push_back({BR_TRANSACTION_COMPLETE});
     if (!transaction.isOneWay()) {
         m_stack.push_back({true, {}});
+        m_calledJustNow = true;
         answerOutgoing(reply);
     }
 }

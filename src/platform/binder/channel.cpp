@@ -107,6 +107,12 @@ void Channel::wait()
     }
 }
 
+bool Channel::isReadable() const
+{
+    pollfd descriptor = {m_driver->descriptor(), POLLIN, 0};
+    return !m_lost && poll(&descriptor, 1, 0) > 0;
+}
+
 int Channel::descriptor() const
 {
     return m_driver->descriptor();

@@ -49,6 +49,10 @@ public:
     /// Blocks until there is something to read.
     void wait();
 
+    /// Whether there is something to read. A kernel logs every read that finds nothing, which takes
+    /// longer than the read, and crowds its log.
+    bool isReadable() const;
+
     int descriptor() const;
     bool isLost() const { return m_lost; }
 

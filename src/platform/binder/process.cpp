@@ -168,9 +168,12 @@ Status Process::transact(Handle target, quint32 code, quint32 flags, const Outgo
     m_calls.begin(&call);
     {
         const Counted busy(&m_busy);
+        if (!call.oneWay)
+            m_channel->flush(); // there is no answer yet
         while (!call.done && !m_channel->isLost()) {
-            if (!readOnce() && !call.done && !m_channel->hasCommands())
+            if (!m_channel->hasCommands())
                 m_channel->wait();
+            readOnce();
         }
     }
     m_calls.end(&call);
@@ -240,25 +243,26 @@ void Process::onReadable()
 {
     {
         const Counted busy(&m_busy);
-        for (int reads = 0; reads < MaxReadsPerWakeUp && readOnce(); ++reads) {
-        }
+        int reads = 0;
+        do {
+            readOnce();
+        } while (++reads < MaxReadsPerWakeUp &&
+                 (m_channel->hasCommands() || m_channel->isReadable()));
     }
     flushWhenIdle();
 }
 
-/// False when nothing waited.
-bool Process::readOnce()
+void Process::readOnce()
 {
     char buffer[ReadSize];
     const std::size_t size = m_channel->exchange(buffer, sizeof buffer);
     if (m_channel->isLost()) {
         onLost();
-        return false;
+        return;
     }
     m_calls.onTaken(m_channel->bytesTaken());
     ReturnStream returns(buffer, size);
     dispatch(returns);
-    return size > 0;
 }
 
 void Process::dispatch(ReturnStream &returns)

@@ -73,7 +73,7 @@ private:
     explicit Process(std::unique_ptr<Channel> channel);
 
     void onReadable();
-    bool readOnce();
+    void readOnce();
     void dispatch(ReturnStream &returns);
     void onReply(const binder_transaction_data &transaction);
     void onTransaction(const binder_transaction_data &transaction);

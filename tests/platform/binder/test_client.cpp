@@ -38,6 +38,7 @@ private Q_SLOTS:
     void theDriversQuirksAreHarmless_data();
     void theDriversQuirksAreHarmless();
     void callsDoNotWaitWhileCommandsAreHeldUp();
+    void callsReadOnlyWhatIsThere();
     void aLostDeviceFailsEveryCall();
     void repliesMayOutliveEverything();
 };
@@ -456,6 +457,15 @@ void TestClient::callsDoNotWaitWhileCommandsAreHeldUp()
     QTRY_VERIFY(first == nullptr);
     QVERIFY(phone.client->transact(5, *phone.client->createRequest()) != nullptr);
     phone.binder.quirks = {};
+}
+
+void TestClient::callsReadOnlyWhatIsThere()
+{
+    Phone phone;
+    const int before = phone.binder.emptyReads();
+    QVERIFY(phone.client->transact(5, *phone.client->createRequest()) != nullptr);
+    QCOMPARE(phone.client->transactOneWay(5, *phone.client->createRequest()), StatusOk);
+    QCOMPARE(phone.binder.emptyReads(), before);
 }
 
 void TestClient::aLostDeviceFailsEveryCall()

@@ -51,6 +51,7 @@ class TestLocalObject : public TestCase
 
 private Q_SLOTS:
     void callsAreServedFromTheEventLoop();
+    void servingReadsOnlyWhatIsThere();
     void repliesCarryWhatWasWritten();
     void noReplyIsAnEmptyReply();
     void otherStatusesAreSentInPlaceOfTheReply_data();
@@ -83,6 +84,20 @@ void TestLocalObject::callsAreServedFromTheEventLoop()
     QVERIFY(own.codes.empty());
     QTRY_COMPARE(answer->count, 1);
     QCOMPARE(own.codes, std::vector<quint32>{7});
+}
+
+void TestLocalObject::servingReadsOnlyWhatIsThere()
+{
+    Phone phone;
+    OwnObject own(phone);
+    const int before = phone.binder.emptyReads();
+
+    const auto answers = {phone.binder.call(own.id(), 7, request()),
+                          phone.binder.call(own.id(), 8, request())};
+    for (const auto &answer : answers)
+        QTRY_COMPARE(answer->count, 1);
+    QCOMPARE(own.codes, (std::vector<quint32>{7, 8}));
+    QCOMPARE(phone.binder.emptyReads(), before);
 }
 
 void TestLocalObject::repliesCarryWhatWasWritten()
