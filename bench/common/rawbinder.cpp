@@ -125,6 +125,27 @@ void RawBinder::wait()
     ::poll(&waited, 1, -1);
 }
 
+/// Hands over code and payload of all that the driver returns now.
+template <typename Handler>
+void RawBinder::forEachReturn(const Handler &handle)
+{
+    const std::size_t size = exchange(sizeof m_returns);
+    for (std::size_t at = 0; at < size;) {
+        std::uint32_t returned = 0;
+        std::memcpy(&returned, m_returns + at, sizeof returned);
+        const char *payload = m_returns + at + sizeof returned;
+        at += sizeof returned + _IOC_SIZE(returned);
+        acknowledge(returned, payload);
+        handle(returned, payload);
+    }
+}
+
+bool RawBinder::isReadable() const
+{
+    pollfd polled = {m_driver->descriptor(), POLLIN, 0};
+    return ::poll(&polled, 1, 0) > 0;
+}
+
 void RawBinder::acknowledge(std::uint32_t code, const char *payload)
 {
     if (code == BR_INCREFS)
@@ -145,33 +166,31 @@ QByteArray RawBinder::call(std::uint32_t handle, std::uint32_t code, const RawPa
     request.data.ptr.offsets = address(parcel.objects().constData());
     append(BC_TRANSACTION, request);
 
-    for (;;) {
-        const std::size_t size = exchange(sizeof m_returns);
-        if (size == 0)
-            wait();
-        for (std::size_t at = 0; at < size;) {
-            std::uint32_t returned = 0;
-            std::memcpy(&returned, m_returns + at, sizeof returned);
-            const char *payload = m_returns + at + sizeof returned;
-            at += sizeof returned + _IOC_SIZE(returned);
-            acknowledge(returned, payload);
-            if (returned == BR_DEAD_REPLY || returned == BR_FAILED_REPLY)
-                fail("a call failed");
-            if (returned != BR_REPLY)
-                continue;
-            binder_transaction_data reply = {};
-            std::memcpy(&reply, payload, sizeof reply);
-            const QByteArray data = copyOf(reply);
-            if (handleInReply != nullptr && reply.offsets_size > 0) {
-                flat_binder_object object = {};
-                std::memcpy(&object, data.constData(), sizeof object);
-                *handleInReply = object.handle;
-                append(BC_ACQUIRE, object.handle);
-            }
-            append(BC_FREE_BUFFER, reply.data.ptr.buffer);
-            return data;
+    bool answered = false;
+    QByteArray data;
+    const auto takeReply = [&](std::uint32_t returned, const char *payload) {
+        if (returned == BR_DEAD_REPLY || returned == BR_FAILED_REPLY)
+            fail("a call failed");
+        if (returned != BR_REPLY)
+            return;
+        binder_transaction_data reply = {};
+        std::memcpy(&reply, payload, sizeof reply);
+        data = copyOf(reply);
+        if (handleInReply != nullptr && reply.offsets_size > 0) {
+            flat_binder_object object = {};
+            std::memcpy(&object, data.constData(), sizeof object);
+            *handleInReply = object.handle;
+            append(BC_ACQUIRE, object.handle);
         }
+        append(BC_FREE_BUFFER, reply.data.ptr.buffer);
+        answered = true;
+    };
+    flush(); // there is no answer yet, and a kernel's driver logs each read that finds nothing
+    while (!answered) {
+        wait();
+        forEachReturn(takeReply);
     }
+    return data;
 }
 
 void RawBinder::registerName(const QString &name)
@@ -196,32 +215,27 @@ std::uint32_t RawBinder::handleOf(const QString &name)
 
 void RawBinder::serve(const Serve &serve)
 {
-    while (const std::size_t size = exchange(sizeof m_returns)) {
-        for (std::size_t at = 0; at < size;) {
-            std::uint32_t returned = 0;
-            std::memcpy(&returned, m_returns + at, sizeof returned);
-            const char *payload = m_returns + at + sizeof returned;
-            at += sizeof returned + _IOC_SIZE(returned);
-            acknowledge(returned, payload);
-            if (returned == BR_TRANSACTION) {
-                binder_transaction_data transaction = {};
-                std::memcpy(&transaction, payload, sizeof transaction);
-                answer(transaction, serve);
-            }
-        }
-    }
+    const auto answerCall = [&](std::uint32_t returned, const char *payload) {
+        if (returned != BR_TRANSACTION)
+            return;
+        binder_transaction_data transaction = {};
+        std::memcpy(&transaction, payload, sizeof transaction);
+        answer(transaction, serve);
+    };
+    do {
+        forEachReturn(answerCall);
+    } while (!m_commands.isEmpty() || isReadable());
 }
 
 void RawBinder::answer(const binder_transaction_data &transaction, const Serve &serve)
 {
     const QByteArray data = copyOf(transaction);
     append(BC_FREE_BUFFER, transaction.data.ptr.buffer);
-    const std::int32_t word = serve(transaction.code, data);
+    m_word = serve(transaction.code, data);
     if ((transaction.flags & TF_ONE_WAY) != 0)
         return;
     binder_transaction_data reply = {};
-    reply.data_size = sizeof word;
-    reply.data.ptr.buffer = address(&word);
+    reply.data_size = sizeof m_word;
+    reply.data.ptr.buffer = address(&m_word);
     append(BC_REPLY, reply);
-    flush(); // the word is on this stack
 }

@@ -59,9 +59,13 @@ public:
 private:
     std::size_t exchange(std::size_t readSize);
     void flush();
+    bool isReadable() const;
     void append(std::uint32_t command, const void *payload, std::size_t size);
     void acknowledge(std::uint32_t code, const char *payload);
     void answer(const binder_transaction_data &transaction, const Serve &serve);
+
+    template <typename Handler>
+    void forEachReturn(const Handler &handle);
 
     template <typename Payload>
     void append(std::uint32_t command, const Payload &payload)
@@ -72,4 +76,5 @@ private:
     std::unique_ptr<Binder::Driver> m_driver;
     QByteArray m_commands;
     char m_returns[256] = {};
+    std::int32_t m_word = 0; // of a reply that has yet to be sent
 };

@@ -2,9 +2,8 @@
 // The least that a binder service can be, registered under NAME. MODE is one of
 //   blocking  waits in poll(), and answers every call with a word
 //   qt        the same in an event loop of Qt
-//   files     in an event loop, too: takes announcements of launchers, and writes their files
-//   unless
-//             they are there
+//   files     in an event loop, too: takes announcements of launchers, and writes what files are
+//             not there yet
 
 #include "common/rawbinder.h"
 #include "common/sample.h"
