@@ -1,6 +1,7 @@
-// usage: floor_qtservice NAME
+// usage: floor_qtservice NAME [login]
 // The least that a Qt service on the system bus can be: an object with one adaptor of one method.
-// It is linked with the same libraries as the daemon.
+// It is linked with the same libraries as the daemon. With "login" it first sees that somebody is
+// logged in, as the daemon does.
 
 #include "floors/qtservice.h"
 
@@ -9,6 +10,22 @@
 #include <QDBusMetaType>
 
 #include <cstdlib>
+#include <systemd/sd-login.h>
+
+namespace {
+
+/// Nothing is waited for but the end of the watch, for which the kernel takes its time.
+bool isLoggedIn()
+{
+    sd_login_monitor *monitor = nullptr;
+    uid_t user = 0;
+    const bool known = sd_login_monitor_new("seat", &monitor) >= 0 &&
+                       sd_seat_get_active("seat0", nullptr, &user) >= 0;
+    sd_login_monitor_unref(monitor);
+    return known;
+}
+
+} // namespace
 
 AndroidVersionData VersionAdaptor::getAndroidVersionData() const
 {
@@ -17,6 +34,8 @@ AndroidVersionData VersionAdaptor::getAndroidVersionData() const
 
 int main(int argc, char *argv[])
 {
+    if (argc == 3 && !isLoggedIn())
+        return EXIT_FAILURE;
     QCoreApplication application(argc, argv);
     qDBusRegisterMetaType<AndroidVersionData>();
     QObject service;
