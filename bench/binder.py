@@ -1,10 +1,11 @@
 """Binder calls into the daemon and out of it, and announcements from call to file.
 
-Everybody goes through the same driver. Here that is the simulated one, a socket to another process,
-which takes far longer than a kernel's: the ratios are then kinder than on a device. The programs whose
-names end in "_kernel" are the same for a kernel's driver."""
+Everybody goes through the same driver. The simulated one is a socket to another process, which takes
+far longer than a kernel's: the ratios are then kinder than on a device. The kernel's is to be had in
+the machine that `run --vm` boots."""
 
 from contextlib import contextmanager
+from dataclasses import dataclass
 
 from daemonsteps import wait_until_connected
 from phone.phone import Phone, clean
@@ -18,72 +19,100 @@ from rounds import cost, in_turns, program
 CALLS = 1000
 APPS = 200
 MANY_APPS = 1000
-MAX_GROWTH_KB = 2000
+MAX_GROWTH_KB = 1200
 OURS = "umbra.launcher"
 SERVERS = {"bench.blocking": "blocking", "bench.qt": "qt", "bench.files": "files"}
 # Only what wait_until_connected() waits for.
 QUIET = {"QT_LOGGING_RULES": "*.debug=false;com.corvo.bramd.binder.debug=true"}
 
 
+@dataclass(frozen=True)
+class Driver:
+    """A binder driver, and how the names of the programs end that are linked for it."""
+
+    name: str
+    ending: str
+
+    def call(self, name, work, count):
+        """Somebody calls the binder service of that name."""
+        return cost("caller_binder" + self.ending, name, work, count)
+
+    def call_out(self, name, count):
+        """The daemon's code does."""
+        return cost("ours_binderclient" + self.ending, name, count)
+
+    def serve(self, name):
+        """The process of one of SERVERS."""
+        return Process(name, [program("floor_binderserver" + self.ending), name, SERVERS[name]])
+
+
+SIMULATED = Driver("simulated driver", "")
+KERNELS = Driver("kernel's driver", "_kernel")
+
+
 def measure(table, rounds):
     try:
-        with Phone() as phone, servers(phone):
-            memory(table, phone)
-            small_calls(table, rounds)
-            announcements(table, rounds)
+        with Phone() as phone:
+            phone.start_runtime()
+            phone.start_daemon(QUIET)
+            measure_on(phone, phone.daemon.process, SIMULATED, table, rounds)
     finally:
         clean()
 
 
-def memory(table, phone):
+def measure_on(phone, daemon, driver, table, rounds):
+    """On a phone whose runtime is started, and whose daemon logs what QUIET lets through; `daemon` is
+    what has its process id."""
+    wait_until_connected(phone)
+    with servers(driver):
+        memory(table, daemon, driver)
+        small_calls(table, rounds, driver)
+        announcements(table, rounds, driver)
+
+
+def memory(table, daemon, driver):
     """What is kept of announcements once their files are written."""
     files.clean()
-    before = status(phone.daemon.process)["RssAnon"]
-    announce(OURS, MANY_APPS)
-    table.add(f"memory added by {MANY_APPS} launchers",
-              status(phone.daemon.process)["RssAnon"] - before, "kB", MAX_GROWTH_KB)
+    before = status(daemon)["RssAnon"]
+    driver.call(OURS, "announce", MANY_APPS)
+    table.add(f"memory added by {MANY_APPS} launchers", status(daemon)["RssAnon"] - before, "kB",
+              MAX_GROWTH_KB)
 
 
-def small_calls(table, rounds):
+def small_calls(table, rounds, driver):
     taken = in_turns(rounds, {
-        "in": lambda: cost("caller_binder", OURS, "small", CALLS),
-        "qt": lambda: cost("caller_binder", "bench.qt", "small", CALLS),
-        "blocking": lambda: cost("caller_binder", "bench.blocking", "small", CALLS),
-        "out": lambda: cost("ours_binderclient", "bench.blocking", CALLS)})
+        "in": lambda: driver.call(OURS, "small", CALLS),
+        "qt": lambda: driver.call("bench.qt", "small", CALLS),
+        "blocking": lambda: driver.call("bench.blocking", "small", CALLS),
+        "out": lambda: driver.call_out("bench.blocking", CALLS)})
 
     def row(name, of, floor_name, floor, target):
-        table.add(f"{name} (simulated driver)", taken[of]["wall"], "us", target,
+        table.add(f"{name} ({driver.name})", taken[of]["wall"], "us", target,
                   floor_name=floor_name, floor=taken[floor]["wall"])
-    row("incoming binder call", "in", "raw, in a Qt loop", "qt", 1.3)
+    row("incoming binder call", "in", "raw, in a Qt loop", "qt", 1.2)
     row("incoming binder call", "in", "raw, blocking", "blocking", None)
     row("outgoing binder call", "out", "raw client", "blocking", 1.3)
 
 
-def announcements(table, rounds):
+def announcements(table, rounds, driver):
+    def again(name):
+        return driver.call(name, "announce", APPS)
+
     def first(name):
         files.clean()
-        return announce(name, APPS)
+        return again(name)
     taken = in_turns(rounds, {
-        "first": lambda: first(OURS), "again": lambda: announce(OURS, APPS),
-        "first floor": lambda: first("bench.files"),
-        "again floor": lambda: announce("bench.files", APPS)})
+        "first": lambda: first(OURS), "again": lambda: again(OURS),
+        "first floor": lambda: first("bench.files"), "again floor": lambda: again("bench.files")})
     for work, name in (("first", "announced over binder"), ("again", "the same again")):
-        table.add(f"{name} (simulated driver)", taken[work]["wall"], "us", 1.5,
+        table.add(f"{name} ({driver.name})", taken[work]["wall"], "us", 1.3,
                   floor_name="raw, and the same files", floor=taken[work + " floor"]["wall"])
 
 
-def announce(name, apps):
-    return cost("caller_binder", name, "announce", apps)
-
-
 @contextmanager
-def servers(phone):
-    """The daemon is connected to the runtime, and the floors are registered with it."""
-    phone.start_runtime()
-    phone.start_daemon(QUIET)
-    wait_until_connected(phone)
-    processes = [Process(name, [program("floor_binderserver"), name, mode])
-                 for name, mode in SERVERS.items()]
+def servers(driver):
+    """The floors are registered with the runtime."""
+    processes = [driver.serve(name) for name in SERVERS]
     try:
         for process in processes:
             wait_for(lambda process=process: process.output == "registered\n", process)

@@ -1,9 +1,11 @@
 """The figures, and how they are shown."""
 
-import json
 import operator
 from dataclasses import asdict, dataclass
 from typing import Optional
+
+# Before the records, as JSON, where they are told on a line.
+RECORDS = "bench: records "
 
 _HEAD = ("Figure", "Value", "Floor or peer", "Its value", "Ratio", "Target", "")
 _SENSES = {"<=": operator.le, ">=": operator.ge, "=": operator.eq}
@@ -56,14 +58,14 @@ class Table:
                      for column, (cell, width) in enumerate(zip(row, widths))]
             print("  ".join(cells).rstrip())
 
-    def write_json(self, path):
-        records = [{**asdict(figure), "ratio": figure.ratio, "met": figure.met}
-                   for figure in self._figures]
-        path.write_text(json.dumps(records, indent=1) + "\n", encoding="utf-8")
+    def records(self):
+        """All that is known of the figures, for programs."""
+        return [{**asdict(figure), "ratio": figure.ratio, "met": figure.met}
+                for figure in self._figures]
 
 
 def markdown(records):
-    """The same table for a document, from what write_json() has written."""
+    """The same table for a document."""
     names = Figure.__dataclass_fields__
     rows = [_HEAD, ("---",) * len(_HEAD)]
     rows += [_row(Figure(**{key: record[key] for key in names})) for record in records]

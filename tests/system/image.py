@@ -8,6 +8,7 @@ import os
 import shutil
 import subprocess
 import tempfile
+from dataclasses import dataclass
 from pathlib import Path
 
 SOURCE = Path(__file__).resolve().parents[2]
@@ -44,10 +45,30 @@ INITRAMFS = {
 }
 
 
-# What of a build goes into the machine, and the CMake target that makes it.
-PROGRAMS = ("sim/bramd-sim-runtime-kernel", "tests/sim/tst_driver_kernel",
-            "tests/sim/tst_library_kernel", "tests/sim/library_peer_kernel")
-TARGET = "bramd_machine"
+@dataclass(frozen=True)
+class Contents:
+    """What of this tree a disk has beside the packages."""
+
+    kind: str  # how the disk is called; of each kind the newest is kept
+    target: str  # the CMake target that makes what is taken of a build
+    programs: tuple  # of the build
+    data: tuple  # of the build, as patterns
+    sources: tuple
+
+
+TESTS = Contents(
+    "disk", "bramd_machine",
+    ("sim/bramd-sim-runtime-kernel", "tests/sim/tst_driver_kernel", "tests/sim/tst_library_kernel",
+     "tests/sim/library_peer_kernel"),
+    ("sim/apks/*.apk",),
+    ("sim/phone", "sim/demo", "sim/drawing.py", "tests/integration", "tests/system/inside",
+     "data/translations"))
+BENCH = Contents(
+    "bench", "bramd_bench_machine",
+    ("sim/bramd-sim-runtime-kernel", "bench/floor_binderserver_kernel",
+     "bench/caller_binder_kernel", "bench/ours_binderclient_kernel", "bench/floor_qtservice"),
+    (),
+    ("sim/phone", "tests/integration", "tests/system/inside", "bench"))
 
 
 class Unable(Exception):
@@ -58,14 +79,18 @@ class Image:
     """The newest disk, with kernel and initial file system beside it. One process at a time makes
     it."""
 
-    def __init__(self, build_directory, say):
-        """build_directory is a complete build; say() tells a person what takes time."""
+    def __init__(self, build_directory, contents, say):
+        """build_directory has what the contents take of it; say() tells a person what takes
+        time."""
         self._build = Path(build_directory)
+        self._contents = contents
         self._say = say
-        self._apks = sorted((self._build / "sim/apks").glob("*.apk"))
-        if not self._apks or not all((self._build / name).is_file() for name in PROGRAMS):
-            raise Unable(f"{self._build} is no complete build; for build/dev: cmake --preset dev && "
-                         f"cmake --build --preset dev --target {TARGET}")
+        self._data = {pattern: sorted(self._build.glob(pattern)) for pattern in contents.data}
+        if not all(self._data.values()) or \
+                not all((self._build / name).is_file() for name in contents.programs):
+            preset = self._build.name
+            raise Unable(f"{self._build} is no complete build: cmake --preset {preset} && "
+                         f"cmake --build --preset {preset} --target {contents.target}")
         _remove_leftovers()
         base = self._base()
         self.kernel, self.initrd = (self._of_boot(base, name) for name in ("vmlinuz", "initrd.img"))
@@ -97,7 +122,7 @@ class Image:
         with tempfile.TemporaryDirectory(dir=CACHE, prefix="layer-") as layer:
             self._fill(Path(layer))
             words = [base.name, (HERE / "make-disk").read_text("utf-8"), *_contents(Path(layer))]
-            disk = CACHE / f"disk-{_digest(words)}.ext4"
+            disk = CACHE / f"{self._contents.kind}-{_digest(words)}.ext4"
             if not disk.exists():
                 self._say("putting the packages and tests onto the machine's disk")
                 self._make(disk, [*_as_root(), str(HERE / "make-disk"), str(base), layer, "{}"])
@@ -107,20 +132,16 @@ class Image:
         """Everything that is not Debian's."""
         shutil.copytree(HERE / "root", layer, dirs_exist_ok=True)
         home = layer / "opt/bramd-system"
-        for name in ("sim/phone", "sim/demo", "tests/integration", "tests/system/inside",
-                     "data/translations"):
-            shutil.copytree(SOURCE / name, home / name,
-                            ignore=shutil.ignore_patterns("__pycache__", "*.pyc"))
-        shutil.copy(SOURCE / "sim/drawing.py", home / "sim/drawing.py")
-        shutil.copy(HERE / "set-up", home / "set-up")
-        for name in PROGRAMS:
+        for name in self._contents.sources:
+            _copy(SOURCE / name, home / name)
+        _copy(HERE / "set-up", home / "set-up")
+        for name in self._contents.programs:
             target = home / "build" / name
             target.parent.mkdir(parents=True, exist_ok=True)
             subprocess.run(["strip", "-o", target, self._build / name], check=True)
-        for apk in self._apks:
-            target = home / "build/sim/apks" / apk.name
-            target.parent.mkdir(parents=True, exist_ok=True)
-            shutil.copy(apk, target)
+        for files in self._data.values():
+            for path in files:
+                _copy(path, home / "build" / path.relative_to(self._build))
         self._add_packages(home / "packages")
 
     def _add_packages(self, directory):
@@ -159,6 +180,16 @@ def _remove_leftovers():
             path.unlink()
     for path in CACHE.glob("layer-*"):
         shutil.rmtree(path)
+
+
+def _copy(source, target):
+    """A file, or a directory without what was made there or is no use unbuilt."""
+    target.parent.mkdir(parents=True, exist_ok=True)
+    if source.is_dir():
+        shutil.copytree(source, target,
+                        ignore=shutil.ignore_patterns("__pycache__", "*.pyc", "*.cpp", "*.h"))
+    else:
+        shutil.copy(source, target)
 
 
 def _as_root():
