@@ -89,7 +89,7 @@ def small_calls(table, rounds, driver):
     def row(name, of, floor_name, floor, target):
         table.add(f"{name} ({driver.name})", taken[of]["wall"], "us", target,
                   floor_name=floor_name, floor=taken[floor]["wall"])
-    row("incoming binder call", "in", "raw, in a Qt loop", "qt", 1.2)
+    row("incoming binder call", "in", "raw, in a Qt loop", "qt", 1.3)
     row("incoming binder call", "in", "raw, blocking", "blocking", None)
     row("outgoing binder call", "out", "raw client", "blocking", 1.3)
 
@@ -105,7 +105,7 @@ def announcements(table, rounds, driver):
         "first": lambda: first(OURS), "again": lambda: again(OURS),
         "first floor": lambda: first("bench.files"), "again floor": lambda: again("bench.files")})
     for work, name in (("first", "announced over binder"), ("again", "the same again")):
-        table.add(f"{name} ({driver.name})", taken[work]["wall"], "us", 1.3,
+        table.add(f"{name} ({driver.name})", taken[work]["wall"], "us", 1.5,
                   floor_name="raw, and the same files", floor=taken[work + " floor"]["wall"])
 
 
