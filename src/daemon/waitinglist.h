@@ -2,7 +2,7 @@
 
 #include "daemon/requestsize.h"
 
-#include <QVector>
+#include <deque>
 
 /// How much may wait for the runtime in one list. Every program of the host can make requests, and
 /// a runtime that does not start would have them all wait, so there is a limit that no user gets
@@ -32,21 +32,22 @@ template <typename Request>
 class WaitingList : public WaitingLimit
 {
 public:
-    bool isEmpty() const { return m_requests.isEmpty(); }
-    int size() const { return m_requests.size(); }
+    bool isEmpty() const { return m_requests.empty(); }
+    int size() const { return static_cast<int>(m_requests.size()); }
 
     /// False, with a warning now and then, when the request is not accepted.
     bool add(const Request &request)
     {
         if (!enter(requestSize(request)))
             return false;
-        m_requests.append(request);
+        m_requests.push_back(request);
         return true;
     }
 
     Request takeFirst()
     {
-        const Request request = m_requests.takeFirst();
+        const Request request = m_requests.front();
+        m_requests.pop_front();
         leave(requestSize(request));
         return request;
     }
@@ -55,9 +56,9 @@ public:
     void putBack(const Request &request)
     {
         enterAgain(requestSize(request));
-        m_requests.prepend(request);
+        m_requests.push_front(request);
     }
 
 private:
-    QVector<Request> m_requests;
+    std::deque<Request> m_requests;
 };
