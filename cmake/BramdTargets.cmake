@@ -63,10 +63,31 @@ function(bramd_precompile_qttest name)
   else()
     target_precompile_headers(${name} REUSE_FROM ${ARGV1})
   endif()
-  # What moc has made is mostly empty, and loading <QtTest> more than all else it needs.
+  # What AUTOMOC has made is mostly empty, and loading <QtTest> more than all else it needs.
   set_source_files_properties(
     ${CMAKE_CURRENT_BINARY_DIR}/${name}_autogen/mocs_compilation.cpp
     PROPERTIES SKIP_PRECOMPILE_HEADERS ON)
+endfunction()
+
+# bramd_moc(TARGET file...)
+# Makes what the sources of a test include at their ends, as AUTOMOC would. That looks through all of
+# Qt's headers for macros in which a class could be hidden, in every test anew; ours hide none.
+function(bramd_moc name)
+  set(directory ${CMAKE_CURRENT_BINARY_DIR}/${name}_moc)
+  foreach(source IN LISTS ARGN)
+    file(STRINGS ${source} includes REGEX "^#include \".*\\.moc\"$")
+    if(includes)
+      get_filename_component(base ${source} NAME_WE)
+      set(moc ${directory}/${base}.moc)
+      add_custom_command(OUTPUT ${moc}
+        COMMAND Qt5::moc -o ${moc} ${CMAKE_CURRENT_SOURCE_DIR}/${source}
+        DEPENDS ${source} VERBATIM)
+      target_sources(${name} PRIVATE ${moc})
+    endif()
+  endforeach()
+  file(MAKE_DIRECTORY ${directory})
+  target_include_directories(${name} PRIVATE ${directory})
+  set_target_properties(${name} PROPERTIES AUTOMOC OFF)
 endfunction()
 
 # bramd_add_test(NAME SOURCES file... LIBRARIES target... [LABELS label...] [SDK_LEVELS level...]
@@ -93,6 +114,9 @@ function(bramd_add_test name)
     ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/sim ${PROJECT_SOURCE_DIR}/tests)
   target_link_libraries(${name} PRIVATE
     bramd_test_support ${ARG_LIBRARIES} Qt5::Test bramd_options)
+  if(NOT ARG_SOURCES MATCHES "\\.h(;|$)") # whose classes AUTOMOC finds
+    bramd_moc(${name} ${ARG_SOURCES})
+  endif()
   bramd_precompile_qttest(${name} ${ARG_QTTEST_OF})
   set(enter)
   if(ARG_PRIVATE_ROOT)
