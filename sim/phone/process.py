@@ -87,6 +87,17 @@ class Process:
         return f"{self.name} (process {self.pid}), which printed:\n{self.output[-4000:]}"
 
 
+def open_files(pid):
+    """What a process's descriptors refer to, but for those that it closes just now."""
+    files = []
+    for path in Path(f"/proc/{pid}/fd").iterdir():
+        try:
+            files.append(os.readlink(path))
+        except FileNotFoundError:
+            pass
+    return files
+
+
 def _new_log(name):
     number = 1
     while (LOGS / f"{name}-{number}.log").exists():

@@ -7,6 +7,7 @@ import pytest
 
 from phone.daemon import SERVICE, Daemon
 from phone.namespace import USER_ID
+from phone.process import open_files
 from phone.waiting import wait_for
 
 from daemonsteps import CONFIG, DAEMON, start_runtime
@@ -17,8 +18,7 @@ NOBODY = ["/usr/bin/unshare", "--user"]
 
 
 def watches_logins(daemon):
-    links = Path(f"/proc/{daemon.process.pid}/fd").iterdir()
-    return any("inotify" in str(link.readlink()) for link in links)
+    return any("inotify" in file for file in open_files(daemon.process.pid))
 
 
 def sleeps(daemon):

@@ -5,6 +5,7 @@ import re
 from dataclasses import dataclass
 from pathlib import Path
 
+from phone.process import open_files
 from phone.waiting import wait_for
 
 MEBIBYTE = 1024
@@ -102,7 +103,7 @@ class Footprint:
         process = Path(f"/proc/{pid}")
         status = dict(re.findall(r"^(\w+):\s+(\d+)", (process / "status").read_text(),
                                  re.MULTILINE))
-        descriptors = [_target(path) for path in (process / "fd").iterdir()]
+        descriptors = open_files(pid)
         children = (process / "task" / str(pid) / "children").read_text().split()
         return {
             "descriptors": len(descriptors),
@@ -114,13 +115,6 @@ class Footprint:
             "timers": int(_has_time_limit(process)),
             **self._phone.router.books(pid),
         }
-
-
-def _target(path):
-    try:
-        return os.readlink(path)
-    except FileNotFoundError:  # closed since it was listed
-        return ""
 
 
 def _has_time_limit(process):

@@ -1,9 +1,9 @@
 """From the boot to the first login. Comes before whatever logs in: this boot is looked at."""
 
-import os
 from pathlib import Path
 
 from phone.daemon import SERVICE
+from phone.process import open_files
 
 from realphone import DAEMON_UNIT, PATIENCE_S, SESSION_BUS, show, systemctl
 from phone.waiting import wait_for
@@ -18,9 +18,9 @@ def sleeps_until_a_login(pid):
     it has come to its wait, and what it does not do there it would have done before."""
     process = Path("/proc") / str(pid)
     try:
-        opened = [os.readlink(path) for path in (process / "fd").iterdir()]
+        opened = open_files(pid)
         call = (process / "syscall").read_text("ascii").split()[0]
-    except OSError:  # it has ended, or a file was closed just now
+    except OSError:  # it has ended
         return False
     return call in POLLS and any("inotify" in name for name in opened)
 
