@@ -1,13 +1,13 @@
 #include "launcher/publicfile.h"
 
+#include "launcher/temporaryfile.h"
+
 #include <QFile>
 #include <QFileInfo>
-#include <QTemporaryFile>
 
 #include <algorithm>
 #include <cerrno>
 #include <climits>
-#include <cstdio>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -16,20 +16,12 @@ namespace PublicFile {
 
 namespace {
 
-constexpr QFileDevice::Permissions ReadableByAll = QFileDevice::ReadOwner |
-                                                   QFileDevice::WriteOwner |
-                                                   QFileDevice::ReadGroup | QFileDevice::ReadOther;
-
-/// What is appended to the name of a file for its temporary file, with letters in place of each X.
-constexpr char TemporarySuffix[] = ".XXXXXX";
-constexpr int TemporarySuffixBytes = sizeof TemporarySuffix - 1;
-
 /// Far above what anybody keeps in such a file.
 constexpr qint64 MaxBytes = INT_MAX / 2;
 
 /// A file that is open for reading, and nothing that only looks like one: the daemon would wait for
-/// who writes to a pipe. QFile would ask the system twice as often, and with every start
-/// of the runtime all files of all apps are read.
+/// who writes to a pipe. QFile would ask the system twice as often, and with every start of the
+/// runtime all files of all apps are read.
 class OpenFile
 {
 public:
@@ -84,44 +76,23 @@ bool isLetter(QChar character)
            (character >= QLatin1Char('A') && character <= QLatin1Char('Z'));
 }
 
-/// Whether what was written is on the disk. Some file systems know no such thing, but one that
-/// tells of an error has lost something.
-bool synchronise(const QFileDevice &file)
-{
-    return ::fdatasync(file.handle()) == 0 || errno == EINVAL || errno == ENOSYS;
-}
-
-/// Gives the file its place; `isNew`: where there was none. A file without a name can have the
-/// final one at once, but only if that is free.
-bool move(QTemporaryFile *file, const QByteArray &finalPath, bool isNew)
-{
-    const QByteArray nameless = "/proc/self/fd/" + QByteArray::number(file->handle());
-    if (isNew && ::linkat(AT_FDCWD, nameless.constData(), AT_FDCWD, finalPath.constData(),
-                          AT_SYMLINK_FOLLOW) == 0)
-        return true;
-    const QByteArray name = QFile::encodeName(file->fileName()); // it gets one by that
-    if (name.isEmpty() || std::rename(name.constData(), finalPath.constData()) != 0)
-        return false;
-    file->setAutoRemove(false);
-    return true;
-}
-
 } // namespace
 
-// As QSaveFile does it, but for one thing: that synchronises too, and ignores that it fails. To do
-// so before it does would make the disk do it twice.
+// As QSaveFile does it, which ignores that the disk cannot keep what was written, and asks the
+// system twice as often.
 WriteResult write(const QString &path, const QByteArray &content)
 {
-    const QFileInfo old(path);
-    if (old.exists() && (!old.isFile() || !old.isWritable()))
+    const QByteArray name = QFile::encodeName(path);
+    struct stat old = {};
+    const bool isThere = ::lstat(name.constData(), &old) == 0;
+    const bool isLink = isThere && S_ISLNK(old.st_mode);
+    const bool exists = isLink ? ::stat(name.constData(), &old) == 0 : isThere;
+    if (exists && (!S_ISREG(old.st_mode) || ::access(name.constData(), W_OK) != 0))
         return WriteResult::CannotOpen;
-    const QString finalPath = old.isSymLink() ? old.symLinkTarget() : path;
-    QTemporaryFile file(finalPath + QLatin1String(TemporarySuffix));
-    if (!file.open())
+    TemporaryFile file(isLink ? QFile::encodeName(QFileInfo(path).symLinkTarget()) : name);
+    if (!file.isOpen())
         return WriteResult::CannotOpen;
-    if (!file.setPermissions(ReadableByAll) || file.write(content) != content.size() ||
-        !file.flush() || !synchronise(file) ||
-        !move(&file, QFile::encodeName(finalPath), !old.exists()))
+    if (!file.write(content) || !file.putIntoPlace(!exists))
         return WriteResult::CannotWrite;
     return WriteResult::Written;
 }
@@ -148,16 +119,16 @@ bool writeIfChanged(const QString &path, const QByteArray &content)
 
 QString withoutTemporarySuffix(const QString &name)
 {
-    const QString suffix = name.right(TemporarySuffixBytes);
-    const bool isTemporary = suffix.size() == TemporarySuffixBytes &&
+    const QString suffix = name.right(TemporaryFile::SuffixBytes);
+    const bool isTemporary = suffix.size() == TemporaryFile::SuffixBytes &&
                              suffix.startsWith(QLatin1Char('.')) &&
                              std::all_of(suffix.begin() + 1, suffix.end(), isLetter);
-    return isTemporary ? name.chopped(TemporarySuffixBytes) : name;
+    return isTemporary ? name.chopped(TemporaryFile::SuffixBytes) : name;
 }
 
 int maxNameBytes()
 {
-    return NAME_MAX - TemporarySuffixBytes;
+    return NAME_MAX - TemporaryFile::SuffixBytes;
 }
 
 } // namespace PublicFile
