@@ -41,7 +41,7 @@ def in_memory(table, rounds):
     def row(name, of, floor_name, floor, target):
         table.add(name, taken[of]["cpu"], "us", target, floor_name=floor_name,
                   floor=taken[floor]["cpu"])
-    row("first announcement, in memory", "first", "QSaveFile", "first floor", 1.3)
+    row("first announcement, in memory", "first", "QSaveFile", "first floor", 1.4)
     row("first announcement, in memory", "first", "POSIX calls", "first posix", None)
     row("announced again, unchanged", "again", "QFile, read and compare", "again floor", None)
     row("announced again, unchanged", "again", "POSIX, read and compare", "again posix", 2.0)
@@ -77,7 +77,7 @@ def sharing(table, rounds):
         "rewrite": lambda: cost("floor_files", "qsavefile", "rewrite", TARGETS),
         "again": cleaned("ours_launchers", "share-again", TARGETS),
         "read": lambda: cost("floor_files", "posix", "read", TARGETS)})
-    table.add(f"share target beside {TARGETS}, added", taken["grow"]["cpu"], "us", 4.5,
+    table.add(f"share target beside {TARGETS}, added", taken["grow"]["cpu"], "us", 6,
               floor_name="QSaveFile, one rewrite", floor=taken["rewrite"]["cpu"])
     table.add(f"share target beside {TARGETS}, unchanged", taken["again"]["cpu"], "us", 2.5,
               floor_name="POSIX, one read", floor=taken["read"]["cpu"])
