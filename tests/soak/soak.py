@@ -123,8 +123,8 @@ class Soak:
         self._lost += len(lost)
         for request in self._deliveries.accepted:
             self._requests[request.queue] = self._requests.get(request.queue, 0) + 1
-        self._check_that_apps_have_entries()
         if self._disturber.restarts_inside:
+            self._check_that_apps_have_entries()
             self._restart()
         else:
             self._check_host()
