@@ -30,6 +30,12 @@ QString blacklistedPackage()
     return QStringLiteral("blacklisted.app");
 }
 
+/// What update-desktop-database makes, where it runs.
+QString typesCachePath()
+{
+    return QStringLiteral("/usr/share/applications/mimeinfo.cache");
+}
+
 /// When something was last made or removed in each directory in which nothing has to be.
 std::vector<qint64> changesElsewhere()
 {
@@ -55,6 +61,11 @@ bool canHaveFiles(const ApkLauncher &launcher)
            name.toUtf8().size() + TemporarySuffix <= NAME_MAX;
 }
 
+QString singleLineValue(const QString &text)
+{
+    return RuntimeText::singleLine(text).replace(QLatin1String("\\"), QLatin1String("\\\\"));
+}
+
 QMap<QString, QString> expectedEntry(const QString &path, const ApkLauncher &launcher)
 {
     const QString package = launcher.packageName;
@@ -65,7 +76,7 @@ QMap<QString, QString> expectedEntry(const QString &path, const ApkLauncher &lau
                                      QStringLiteral(".apk ") + package + QLatin1Char('/') +
                                      launcher.className},
         {QStringLiteral("Icon"), LauncherPaths::icon(path)},
-        {QStringLiteral("Name"), RuntimeText::singleLine(launcher.label)},
+        {QStringLiteral("Name"), singleLineValue(launcher.label)},
         {QStringLiteral("Type"), QStringLiteral("Application")},
         {QStringLiteral("Version"), QStringLiteral("1.0")},
         {QStringLiteral("X-Orca-Application-Type"), QStringLiteral("no-invoker")},
@@ -75,13 +86,27 @@ QMap<QString, QString> expectedEntry(const QString &path, const ApkLauncher &lau
     };
     if (!launcher.mimeTypes.isEmpty()) {
         entry.insert(QStringLiteral("MimeType"),
-                     RuntimeText::singleLine(launcher.mimeTypes.join(QLatin1Char(';'))));
+                     singleLineValue(launcher.mimeTypes.join(QLatin1Char(';'))));
     }
     if (launcher.isHandler() || partner || package == blacklistedPackage())
         entry.insert(QStringLiteral("NoDisplay"), QStringLiteral("true"));
     if (partner)
         entry.insert(QStringLiteral("Categories"), QStringLiteral("X-TidewaterPartnerSpace"));
     return entry;
+}
+
+QString differences(const QMap<QString, QString> &written, const QMap<QString, QString> &intended)
+{
+    QString text;
+    QStringList keys = written.keys() + intended.keys();
+    keys.removeDuplicates();
+    for (const QString &key : qAsConst(keys)) {
+        if (written.value(key) != intended.value(key)) {
+            text += QStringLiteral("\n%1: written \"%2\", intended \"%3\"")
+                        .arg(key, written.value(key), intended.value(key));
+        }
+    }
+    return text;
 }
 
 } // namespace
@@ -172,6 +197,7 @@ void AnnouncedFiles::expectOnHost(qint64 budget) const
             expected << LauncherPaths::settingsEntry(path);
     }
     QStringList files = LauncherHost::files();
+    files.removeAll(typesCachePath());
     expected.sort();
     files.sort();
     expect(files == expected, "files", files.join(QLatin1Char(' ')));
@@ -193,7 +219,7 @@ void AnnouncedFiles::expectOnHost(qint64 budget) const
         const QString categories = QStringLiteral("Categories");
         if (!intended.contains(categories) && written.contains(categories))
             intended.insert(categories, QStringLiteral("X-TidewaterPartnerSpace"));
-        expect(written == intended, "the entry", path);
+        expect(written == intended, "the entry", path + differences(written, intended));
         expect(HostFiles::read(LauncherPaths::icon(path)) == launcher.icon, "the icon", path);
         if (launcher.isHandler())
             continue;
