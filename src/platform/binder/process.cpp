@@ -1,6 +1,7 @@
 #include "platform/binder/process.h"
 
 #include "platform/binder/address.h"
+#include "platform/binder/counted.h"
 #include "platform/binder/drivercategory.h"
 #include "platform/binder/message.h"
 #include "platform/binder/namekeeper.h"
@@ -9,6 +10,7 @@
 #include "platform/binder/remoteobject.h"
 #include "platform/binder/returnstream.h"
 #include "platform/binder/standardtransaction.h"
+#include "platform/binder/transactiondata.h"
 
 #include <QCoreApplication>
 #include <QHash>
@@ -45,23 +47,6 @@ const Item *pointer(quint64 address)
 }
 
 } // namespace
-
-/// Counts a call of ours on the stack.
-class Process::Counted
-{
-public:
-    explicit Counted(int *count)
-        : m_count(count)
-    {
-        ++*m_count;
-    }
-    ~Counted() { --*m_count; }
-    Counted(const Counted &) = delete;
-    Counted &operator=(const Counted &) = delete;
-
-private:
-    int *m_count;
-};
 
 /// A buffer of the driver's mapping, to be given back exactly once.
 class Process::ReceivedMessage : public IncomingData::Source
@@ -116,6 +101,7 @@ std::shared_ptr<Process> Process::open(const char *device)
 Process::Process(std::unique_ptr<Channel> channel)
     : m_channel(std::move(channel))
     , m_notifier(std::make_unique<QSocketNotifier>(m_channel->descriptor(), QSocketNotifier::Read))
+    , m_replies(*m_channel)
     , m_deaths(*m_channel,
                [this] {
                    QMetaObject::invokeMethod(
@@ -155,10 +141,7 @@ Status Process::transact(Handle target, quint32 code, quint32 flags, const Outgo
     transaction.target.handle = target;
     transaction.code = code;
     transaction.flags = flags;
-    transaction.data_size = request.size();
-    transaction.data.ptr.buffer = address(request.bytes().constData());
-    transaction.offsets_size = request.objects().size() * sizeof(binder_size_t);
-    transaction.data.ptr.offsets = address(request.objects().data());
+    describe(request, &transaction);
 
     OutgoingCall call;
     call.oneWay = (flags & FlagOneWay) != 0;
@@ -168,11 +151,11 @@ Status Process::transact(Handle target, quint32 code, quint32 flags, const Outgo
     m_calls.begin(&call);
     {
         const Counted busy(&m_busy);
-        if (!call.oneWay)
-            m_channel->flush(); // there is no answer yet
+        bool isAnsweredAtOnce = call.oneWay;
         while (!call.done && !m_channel->isLost()) {
-            if (!m_channel->hasCommands())
-                m_channel->wait();
+            if (!isAnsweredAtOnce && m_replies.isEmpty())
+                waitForReturns();
+            isAnsweredAtOnce = false;
             readOnce();
         }
     }
@@ -239,6 +222,13 @@ void Process::dropLocalObject(quint64 id)
     m_nameKeeper->forgetObject(id);
 }
 
+void Process::waitForReturns()
+{
+    flush();
+    if (!m_channel->hasCommands())
+        m_channel->wait();
+}
+
 void Process::onReadable()
 {
     {
@@ -246,10 +236,20 @@ void Process::onReadable()
         int reads = 0;
         do {
             readOnce();
-        } while (++reads < MaxReadsPerWakeUp &&
-                 (m_channel->hasCommands() || m_channel->isReadable()));
+        } while (++reads < MaxReadsPerWakeUp && hasMoreToRead());
     }
     flushWhenIdle();
+}
+
+// A reply goes with the next read, which follows at once and finds at least the driver's word that
+// it took the reply. Each read ends with a call or an answer, so nothing is served in between. For
+// what else is queued there may be nothing to read.
+bool Process::hasMoreToRead()
+{
+    if (!m_replies.isEmpty())
+        return true;
+    flush();
+    return m_channel->hasCommands() || m_channel->isReadable();
 }
 
 void Process::readOnce()
@@ -261,6 +261,7 @@ void Process::readOnce()
         return;
     }
     m_calls.onTaken(m_channel->bytesTaken());
+    m_replies.dropTaken();
     ReturnStream returns(buffer, size);
     dispatch(returns);
 }
@@ -322,10 +323,12 @@ void Process::onTransaction(const binder_transaction_data &transaction)
 {
     std::unique_ptr<IncomingData> data = receive(transaction);
     Status status = StatusOk;
-    const std::unique_ptr<OutgoingReply> reply = serve(
-        std::move(data), transaction.target.ptr, transaction.code, transaction.flags, &status);
-    if ((transaction.flags & FlagOneWay) == 0)
-        sendReply(reply.get(), status);
+    std::unique_ptr<OutgoingReply> reply = serve(std::move(data), transaction.target.ptr,
+                                                 transaction.code, transaction.flags, &status);
+    if ((transaction.flags & FlagOneWay) == 0) {
+        m_replies.add(std::move(reply), status);
+        m_calls.replySent();
+    }
 }
 
 std::unique_ptr<OutgoingReply> Process::serve(std::unique_ptr<IncomingData> data, quint64 target,
@@ -351,30 +354,6 @@ std::unique_ptr<OutgoingReply> Process::serve(std::unique_ptr<IncomingData> data
     return object->call(request, code, flags, status);
 }
 
-void Process::sendReply(const OutgoingReply *reply, Status status)
-{
-    if (reply != nullptr && status == StatusOk && !reply->data().isComplete()) {
-        qCWarning(lcBinderDriver) << "Reply is too large to be sent";
-        status = StatusFailedTransaction;
-    }
-
-    binder_transaction_data transaction = {};
-    if (status != StatusOk) {
-        transaction.flags = TF_STATUS_CODE;
-        transaction.data_size = sizeof status;
-        transaction.data.ptr.buffer = address(&status);
-    } else if (reply != nullptr) {
-        const OutgoingData &data = reply->data();
-        transaction.data_size = data.size();
-        transaction.data.ptr.buffer = address(data.bytes().constData());
-        transaction.offsets_size = data.objects().size() * sizeof(binder_size_t);
-        transaction.data.ptr.offsets = address(data.objects().data());
-    }
-    m_channel->queue(BC_REPLY, transaction);
-    m_calls.replySent();
-    flushAll(); // the bytes go with our callers' stacks
-}
-
 std::unique_ptr<IncomingData> Process::receive(const binder_transaction_data &transaction)
 {
     const auto *objects = pointer<binder_size_t>(transaction.data.ptr.offsets);
@@ -386,18 +365,16 @@ std::unique_ptr<IncomingData> Process::receive(const binder_transaction_data &tr
         std::vector<quint64>(objects, objects + objectCount), std::move(source));
 }
 
+void Process::flush()
+{
+    m_channel->flush();
+    m_replies.dropTaken();
+}
+
 void Process::flushWhenIdle()
 {
     if (m_busy == 0)
-        m_channel->flush();
-}
-
-void Process::flushAll()
-{
-    const Counted busy(&m_busy);
-    m_channel->flush();
-    while (m_channel->hasCommands()) // held up by a failure that has to be read first
-        readOnce();
+        flush();
 }
 
 void Process::onLost()

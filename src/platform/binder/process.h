@@ -5,6 +5,7 @@
 #include "platform/binder/deathtable.h"
 #include "platform/binder/incomingdata.h"
 #include "platform/binder/localobjecttable.h"
+#include "platform/binder/replyqueue.h"
 #include "platform/binder/types.h"
 
 #include <QByteArray>
@@ -67,23 +68,23 @@ public:
     bool isLost() const { return m_channel->isLost(); }
 
 private:
-    class Counted;
     class ReceivedMessage;
 
     explicit Process(std::unique_ptr<Channel> channel);
 
     void onReadable();
+    bool hasMoreToRead();
+    void waitForReturns();
     void readOnce();
     void dispatch(ReturnStream &returns);
     void onReply(const binder_transaction_data &transaction);
     void onTransaction(const binder_transaction_data &transaction);
     std::unique_ptr<OutgoingReply> serve(std::unique_ptr<IncomingData> data, quint64 target,
                                          quint32 code, quint32 flags, Status *status);
-    void sendReply(const OutgoingReply *reply, Status status);
     std::unique_ptr<IncomingData> receive(const binder_transaction_data &transaction);
 
+    void flush();
     void flushWhenIdle();
-    void flushAll();
     void onLost();
     void onRefused(Handle target);
 
@@ -91,6 +92,7 @@ private:
     std::unique_ptr<QSocketNotifier> m_notifier;
     QObject m_context; // what is posted to the event loop ends with this object
     CallStack m_calls;
+    ReplyQueue m_replies;
     LocalObjectTable m_localObjects;
     std::unordered_map<Handle, std::weak_ptr<RemoteObject>> m_remoteObjects;
     DeathTable m_deaths;
