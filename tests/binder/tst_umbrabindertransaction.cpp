@@ -188,6 +188,7 @@ void UmbraBinderTransactionTest::reportsAFailedOneWayCall()
     QCOMPARE(transaction->execute(), -2147483646);
 
     QCOMPARE(takeLog(QtDebugMsg, Category), QStringList()); // no reply was due
+    QCOMPARE(takeLog(QtWarningMsg).size(), 1);              // of the driver's refusal
 }
 
 void UmbraBinderTransactionTest::failsWithoutSendingOnceTheConnectionIsGone()

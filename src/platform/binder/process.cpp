@@ -165,6 +165,10 @@ Status Process::transact(Handle target, quint32 code, quint32 flags, const Outgo
         call.status = StatusDeadObject;
         call.refused = lostBefore || call.commandEnd > m_channel->bytesTaken();
     }
+    if (call.status == StatusFailedTransaction && !call.confirmed) {
+        qCWarning(lcBinderDriver) << "The driver did not take request" << code << "of"
+                                  << request.size() << "bytes to object" << target;
+    }
     // A call from within a served one can be refused for the end of a mere thread.
     if (call.refused && m_serving == 0)
         onRefused(target);

@@ -6,6 +6,8 @@
 #include "platform/binder/remoteobject.h"
 #include "platform/binder/servicemanager.h"
 
+#include <QStringList>
+
 #include <memory>
 
 /// A runtime with one service, "thing", and this process's connection to it. What is left over
@@ -28,3 +30,10 @@ struct Phone
     std::unique_ptr<Binder::ServiceManager> manager;
     std::unique_ptr<Binder::Client> client;
 };
+
+/// Whether the only warning is that the driver has refused a request with this code.
+inline bool isOneRefusal(const QStringList &warnings, quint32 code)
+{
+    const QString text = QStringLiteral("The driver did not take request %1 of ").arg(code);
+    return warnings.size() == 1 && warnings.first().startsWith(text);
+}

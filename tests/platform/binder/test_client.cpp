@@ -130,6 +130,7 @@ void TestClient::failuresGiveAStatusAndNoReply()
     Status status = StatusOk;
     QVERIFY(phone.client->transact(5, *phone.client->createRequest(), &status) == nullptr);
     QCOMPARE(status, expected);
+    QCOMPARE(isOneRefusal(takeLog(QtWarningMsg), 5), status == StatusFailedTransaction);
 
     // and the next call is not disturbed
     QVERIFY(phone.client->transact(6, *phone.client->createRequest(), &status) != nullptr);
@@ -205,6 +206,7 @@ void TestClient::oneWayCallsTellWhyTheyWereNotTaken()
     phone.thing->setReply(5, FakeReply::failed());
     QCOMPARE(phone.client->transactOneWay(5, *phone.client->createRequest()),
              StatusFailedTransaction);
+    QVERIFY(isOneRefusal(takeLog(QtWarningMsg), 5));
     phone.binder.kill(phone.thing);
     QCOMPARE(phone.client->transactOneWay(6, *phone.client->createRequest()), StatusDeadObject);
 }
@@ -328,6 +330,7 @@ void TestClient::oneWayCallsFromACallBackKnowTheirOwnCompletion()
     request->writer().appendLocalObject(observer.get());
     QVERIFY(phone.client->transact(5, *request) != nullptr);
     QCOMPARE(sent, StatusFailedTransaction);
+    QCOMPARE(takeLog(QtWarningMsg).size(), 2);
 }
 
 void TestClient::theClientMayBeDeletedByACallBack()

@@ -430,6 +430,7 @@ void TestLocalObject::confirmationsOfRepliesAreNotTakenForOthers()
     QVERIFY(own.codes.size() < 1000);
     QCOMPARE(phone.client->transactOneWay(6, *phone.client->createRequest()),
              StatusFailedTransaction);
+    QVERIFY(isOneRefusal(takeLog(QtWarningMsg), 6));
     QTRY_COMPARE(own.codes.size(), std::size_t(1001));
 }
 

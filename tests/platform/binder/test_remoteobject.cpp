@@ -229,6 +229,7 @@ void TestRemoteObject::isNotKnownToBeDeadForWantOfAnAnswer()
         QVERIFY(phone.client->transact(code, *phone.client->createRequest()) == nullptr);
 
     QVERIFY(!object->isKnownDead());
+    QVERIFY(isOneRefusal(takeLog(QtWarningMsg), 7));
 }
 
 void TestRemoteObject::isNotKnownToBeDeadWhenTheDeviceIsLostInACall()
