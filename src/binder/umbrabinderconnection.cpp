@@ -89,6 +89,11 @@ void UmbraBinderConnection::onTimeout()
 
 void UmbraBinderConnection::connectToService()
 {
+    if (m_serviceManager != nullptr && m_serviceManager->isLost()) {
+        releaseRemoteObject();
+        removeRegistrationHandler();
+        m_serviceManager.reset();
+    }
     if (m_serviceManager == nullptr)
         m_serviceManager = Binder::ServiceManager::open(UmbraBinder::Device);
     if (m_serviceManager == nullptr) {

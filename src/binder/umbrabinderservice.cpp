@@ -68,6 +68,8 @@ void UmbraBinderService::onServiceStateChanged(bool forceStartAttempt)
 
 void UmbraBinderService::registerService()
 {
+    if (m_serviceManager != nullptr && m_serviceManager->isLost())
+        reset();
     if (m_serviceManager == nullptr)
         m_serviceManager = Binder::ServiceManager::open(m_device);
     m_deviceMissing = m_serviceManager == nullptr;

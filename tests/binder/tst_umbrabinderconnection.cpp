@@ -59,6 +59,8 @@ private Q_SLOTS:
     void reconnectsAfterTheServicesDeath();
     void isDownOnceACallIsRefused();
     void reconnectsOnceItsServiceIsThereAgain();
+    void opensALostDeviceAnew();
+    void opensADeviceThatWasLostInVainWithTheNextActive();
     void letsGoWhenTheUnitIsDeactivating();
     void opensTheDeviceAnewAfterwards();
     void stoppingTellsEvenWhatNeverConnected();
@@ -230,6 +232,41 @@ void UmbraBinderConnectionTest::reconnectsOnceItsServiceIsThereAgain()
 
     binder.addService(Name);
     QTRY_COMPARE(told(changed), QVector<bool>({false, true}));
+}
+
+void UmbraBinderConnectionTest::opensALostDeviceAnew()
+{
+    FakeBinder binder;
+    binder.addService(Name);
+    QVERIFY(m_host.setUnitState(QStringLiteral("active")));
+    UmbraBinderConnection connection(Name, Descriptor, Persistent);
+    QSignalSpy changed(&connection, &UmbraBinderConnection::connectionChanged);
+
+    binder.breakFile();
+    QVERIFY(connection.client()->transact(5, *connection.client()->createRequest()) == nullptr);
+
+    QTRY_COMPARE(told(changed), QVector<bool>({false, true}));
+    QCOMPARE(binder.timesOpened(), 2);
+    QVERIFY(connection.client()->transact(5, *connection.client()->createRequest()) != nullptr);
+    QCOMPARE(takeLog(QtWarningMsg).size(), 2); // the device is lost, the service has died
+}
+
+void UmbraBinderConnectionTest::opensADeviceThatWasLostInVainWithTheNextActive()
+{
+    FakeBinder binder;
+    QVERIFY(m_host.setUnitState(QStringLiteral("active")));
+    UmbraBinderConnection connection(Name, Descriptor, Persistent);
+    QSignalSpy changed(&connection, &UmbraBinderConnection::connectionChanged);
+    binder.breakFile();
+    UmbraBinderConnection other("other", Descriptor, OnDemand);
+    QVERIFY(other.client() == nullptr); // it has asked, and so found out
+    QCOMPARE(takeLog(QtWarningMsg).size(), 1);
+
+    binder.addService(Name);
+    QVERIFY(m_host.setUnitState(QStringLiteral("failed")));
+    QVERIFY(m_host.setUnitState(QStringLiteral("active")));
+    QTRY_COMPARE(told(changed), QVector<bool>({true}));
+    QCOMPARE(binder.timesOpened(), 2);
 }
 
 void UmbraBinderConnectionTest::letsGoWhenTheUnitIsDeactivating()

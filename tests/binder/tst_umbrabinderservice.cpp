@@ -79,6 +79,7 @@ private Q_SLOTS:
     void registersOnce();
     void dropsItsObjectWhenTheUnitIsDeactivating();
     void registersAnewWithTheNextStart();
+    void registersAnewWhenTheDeviceWasLost();
     void warnsWithoutADeviceAndTriesAgain();
     void answersCalls();
     void answersRefusedCallsWithStatusOne();
@@ -210,6 +211,25 @@ void UmbraBinderServiceTest::registersAnewWithTheNextStart()
     QVERIFY(binder.registeredObject(Name) != 0);
     QVERIFY(binder.registeredObject(Name) != before);
     QCOMPARE(binder.timesOpened(), 2);
+}
+
+void UmbraBinderServiceTest::registersAnewWhenTheDeviceWasLost()
+{
+    FakeBinder binder;
+    QVERIFY(m_host.setUnitState(QStringLiteral("activating")));
+    Adder adder;
+    const quint64 before = binder.registeredObject(Name);
+    QVERIFY(before != 0);
+    binder.breakFile();
+    QVERIFY(m_host.setUnitState(QStringLiteral("failed")));
+    QVERIFY(QTest::qWaitFor([this] { return takeLog(QtWarningMsg).size() == 1; }));
+
+    QVERIFY(m_host.setUnitState(QStringLiteral("activating")));
+    QTRY_VERIFY(binder.registeredObject(Name) != before);
+    QCOMPARE(binder.timesOpened(), 2);
+    const auto answer = binder.call(binder.registeredObject(Name), 1, token().int32(41));
+    QTRY_COMPARE(answer->count, 1);
+    QCOMPARE(answer->data, word(42));
 }
 
 void UmbraBinderServiceTest::warnsWithoutADeviceAndTriesAgain()

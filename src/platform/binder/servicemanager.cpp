@@ -30,6 +30,11 @@ ServiceManager::~ServiceManager()
         m_process->nameWatch().remove(id);
 }
 
+bool ServiceManager::isLost() const
+{
+    return m_process->isLost();
+}
+
 std::shared_ptr<RemoteObject> ServiceManager::getService(const char *name)
 {
     const std::shared_ptr<Process> process = m_process;

@@ -30,6 +30,10 @@ public:
     ServiceManager(const ServiceManager &) = delete;
     ServiceManager &operator=(const ServiceManager &) = delete;
 
+    /// Whether the device has failed for good: nothing that came from here works any more, and only
+    /// an object that is opened anew finds anything.
+    bool isLost() const;
+
     /// Asks for a service by name; blocks until the service manager answers. Null when it is not
     /// registered or there is no service manager.
     std::shared_ptr<RemoteObject> getService(const char *name);
