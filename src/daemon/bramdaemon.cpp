@@ -324,14 +324,14 @@ void BramDaemon::onPackageManagerAvailable(bool connected)
 
 void BramDaemon::onServiceStateChanged()
 {
-    // An announcement that was on its way when the runtime died may be served after its end was
-    // told, so all is forgotten again when the next one begins: just then, since that it starts may
-    // be told again when it has begun to announce its apps.
+    // Not already at its end: what was on its way when the runtime died is served after that was
+    // told, and a completion among it would find nothing announced and take the entries of all
+    // apps.
     const QString state = m_serviceController->serviceState();
     const bool hadEnded = m_runtimeEnded;
     m_runtimeEnded = state == QLatin1String("inactive") || state == QLatin1String("failed");
-    if (m_runtimeEnded || hadEnded)
-        m_desktopManager.onRuntimeEnded();
+    if (state == QLatin1String("activating") || (hadEnded && !m_runtimeEnded))
+        m_desktopManager.onRuntimeStarting();
 }
 
 void BramDaemon::onActivityManagerAvailable(bool connected)

@@ -144,7 +144,7 @@ void DesktopManager::onCreateLauncher(const ApkLauncher &launcher)
         Q_EMIT newApplicationInstalled(launcher);
 }
 
-void DesktopManager::onRuntimeEnded()
+void DesktopManager::onRuntimeStarting()
 {
     m_announced.dropAll();
 }

@@ -36,10 +36,10 @@ public Q_SLOTS:
     /// or there are too many of them (one warning until there is room again).
     void onCreateLauncher(const ApkLauncher &launcher);
 
-    /// What the runtime had announced before it ended no longer counts: the next completion removes
-    /// the files of all that it does not announce again. An app that was removed when the runtime
-    /// could not tell, as one that is removed while the runtime starts, goes that way.
-    void onRuntimeEnded();
+    /// What another runtime had announced before no longer counts: the next completion removes the
+    /// files of all that is not announced again. An app that was removed when the runtime could not
+    /// tell, as one that is removed while the runtime starts, goes that way.
+    void onRuntimeStarting();
 
     /// Removes all files of one package.
     void onRemovePackage(const QString &packageName);

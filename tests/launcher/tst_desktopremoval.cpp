@@ -56,7 +56,7 @@ private Q_SLOTS:
     void removesTheOldEntryOfAnActivityThatChangedItsKind();
     void countsOnlyTheLastAnnouncementOfAClass();
     void keepsAnnouncementsOverACompletion();
-    void keepsWhatIsAnnouncedAgainAfterTheRuntimesEnd();
+    void keepsWhatTheNextRuntimeAnnouncesAgain();
     void removesHandlersThatWereBlacklistedSince();
     void removesAllEntriesOfAPackage();
     void removesNothingOfAnUnknownPackage();
@@ -178,13 +178,13 @@ void DesktopRemovalTest::keepsAnnouncementsOverACompletion()
     QCOMPARE(m_database->takeRuns(), QByteArray("-q\n-q\n"));
 }
 
-void DesktopRemovalTest::keepsWhatIsAnnouncedAgainAfterTheRuntimesEnd()
+void DesktopRemovalTest::keepsWhatTheNextRuntimeAnnouncesAgain()
 {
     m_manager->onCreateLauncher(launcher());
     m_manager->onCreateLauncher(otherLauncher());
     m_manager->onLaunchersComplete();
 
-    m_manager->onRuntimeEnded();
+    m_manager->onRuntimeStarting();
     QVERIFY(QFile::exists(entryPath(Other))); // until it is known what the runtime still has
     m_manager->onCreateLauncher(launcher());
     m_manager->onLaunchersComplete();
