@@ -194,22 +194,22 @@ QVector<Finding> examineRegistry(const HostState &host)
     if (host.unreadableDirectories.contains(LauncherPaths::iconsDir()))
         return {};
     switch (host.targets.state) {
-    case ShareTargets::State::Filled:
+    case RegisteredTargets::State::Filled:
         return examineTargets(host);
-    case ShareTargets::State::Empty:
+    case RegisteredTargets::State::Empty:
         if (!hasShareHandlers(host))
             return {};
         return {
             {QStringLiteral("No app is offered for sharing, though there are some that take it."),
              QStringLiteral("bramd has started since they were announced: start the runtime "
                             "with “bramctl start”, or “bramctl restart” it.")}};
-    case ShareTargets::State::Missing:
+    case RegisteredTargets::State::Missing:
         return {{QStringLiteral("There is no sharing registry, %1.").arg(path),
                  QStringLiteral("bramd makes it when it starts: “systemctl restart bramd”.")}};
-    case ShareTargets::State::Unreadable:
+    case RegisteredTargets::State::Unreadable:
         return {{QStringLiteral("You cannot read the sharing registry %1.").arg(path),
                  ReadableFiles.arg(path)}};
-    case ShareTargets::State::Damaged:
+    case RegisteredTargets::State::Damaged:
         break;
     }
     return {{QStringLiteral("The sharing registry %1 is damaged.").arg(path),

@@ -35,7 +35,7 @@ struct HostState
     QVector<AppEntry> entries;
     QVector<File> icons;
     QVector<File> settingsEntries;
-    ShareTargets targets;
+    RegisteredTargets targets;
 };
 
 /// Something that is not as it should be.

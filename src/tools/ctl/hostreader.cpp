@@ -104,7 +104,7 @@ HostState read(Context &context)
     host.settingsEntries = readFiles(
         pathsIn(LauncherPaths::settingsEntriesDir(),
                 {QStringLiteral("bramd_launcher_*.json"), QStringLiteral("bramd_handler_*.json")}));
-    host.targets = ShareTargets::read();
+    host.targets = RegisteredTargets::read();
     return host;
 }
 

@@ -28,7 +28,7 @@ Outcome run(const QStringList &words, Context &context)
     if (name == QLatin1String("--complete")) { // for the completion scripts of shells
         const CompletionSources sources{
             CommandTable::commands(), AppEntries::appsOf(AppEntries::readAll()),
-            ShareTargets::read().targets,
+            RegisteredTargets::read().targets,
             BlacklistFile::packages(RegularFile::read(BlacklistFile::path()).content)};
         const QStringList fitting = Completion::lines(Completion::suggest(sources, words.mid(1)));
         for (const QString &word : fitting)

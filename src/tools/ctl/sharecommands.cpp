@@ -18,35 +18,35 @@
 namespace {
 
 /// Why there are no targets to show or to choose from.
-QString reason(ShareTargets::State state)
+QString reason(RegisteredTargets::State state)
 {
     switch (state) {
-    case ShareTargets::State::Filled:
+    case RegisteredTargets::State::Filled:
         break;
-    case ShareTargets::State::Empty:
+    case RegisteredTargets::State::Empty:
         return QStringLiteral("No app takes what is shared. Apps are known here once the runtime "
                               "runs and has announced them: “bramctl start”.");
-    case ShareTargets::State::Missing:
+    case RegisteredTargets::State::Missing:
         return QStringLiteral("There is no sharing registry yet. bramd makes it when it starts: "
                               "look at “systemctl status bramd”.");
-    case ShareTargets::State::Unreadable:
+    case RegisteredTargets::State::Unreadable:
         return QStringLiteral("You cannot read the sharing registry, "
                               "/var/lib/bramd/sharing.json. “bramctl doctor” tells more.");
-    case ShareTargets::State::Damaged:
+    case RegisteredTargets::State::Damaged:
         return QStringLiteral("The sharing registry, /var/lib/bramd/sharing.json, is damaged. "
                               "“systemctl restart bramd” makes it anew.");
     }
     return QString();
 }
 
-bool isBroken(ShareTargets::State state)
+bool isBroken(RegisteredTargets::State state)
 {
-    return state != ShareTargets::State::Filled && state != ShareTargets::State::Empty;
+    return state != RegisteredTargets::State::Filled && state != RegisteredTargets::State::Empty;
 }
 
 Outcome targets(const Invocation &invocation, Context &context)
 {
-    const ShareTargets registry = ShareTargets::read();
+    const RegisteredTargets registry = RegisteredTargets::read();
     if (isBroken(registry.state))
         return {ExitStatus::Refused, reason(registry.state)};
     QJsonArray array;
@@ -86,7 +86,7 @@ Outcome share(const Invocation &invocation, Context &context)
     if (!ready.isDone())
         return ready;
 
-    const ShareTargets registry = ShareTargets::read();
+    const RegisteredTargets registry = RegisteredTargets::read();
     if (isBroken(registry.state))
         return {ExitStatus::Refused, reason(registry.state)};
     const QString wanted = invocation.value(QStringLiteral("--to"));

@@ -39,9 +39,9 @@ bool ShareTarget::takes(const QString &mimeType) const
     });
 }
 
-ShareTargets ShareTargets::parse(const QByteArray &content)
+RegisteredTargets RegisteredTargets::parse(const QByteArray &content)
 {
-    ShareTargets parsed;
+    RegisteredTargets parsed;
     if (content.trimmed().isEmpty()) {
         parsed.state = State::Empty;
         return parsed;
@@ -65,7 +65,7 @@ ShareTargets ShareTargets::parse(const QByteArray &content)
     return parsed;
 }
 
-ShareTargets ShareTargets::read()
+RegisteredTargets RegisteredTargets::read()
 {
     const RegularFile file = RegularFile::read(LauncherPaths::sharingFile());
     switch (file.state) {

@@ -22,7 +22,7 @@ struct ShareTarget
 };
 
 /// The sharing registry that the daemon keeps.
-struct ShareTargets
+struct RegisteredTargets
 {
     enum class State {
         Filled,
@@ -36,6 +36,6 @@ struct ShareTargets
     QVector<ShareTarget> targets; ///< ordered by package and class
 
     /// Members that are no targets are left out.
-    static ShareTargets parse(const QByteArray &content);
-    static ShareTargets read();
+    static RegisteredTargets parse(const QByteArray &content);
+    static RegisteredTargets read();
 };

@@ -157,9 +157,9 @@ void CtlReadersTest::readsTheRegistry()
                                    "mimetypes": ["a/b", 1], "multi": true}},
                                    "a": {"a.Y": {}, "a.Z": 5}, "c": []})");
 
-    const ShareTargets registry = ShareTargets::read();
+    const RegisteredTargets registry = RegisteredTargets::read();
 
-    QCOMPARE(registry.state, ShareTargets::State::Filled);
+    QCOMPARE(registry.state, RegisteredTargets::State::Filled);
     QCOMPARE(registry.targets.size(), 2);
     QCOMPARE(registry.targets.first().component(), "a/a.Y"_q);
     QVERIFY(!registry.targets.first().takes("a/b"_q));
@@ -175,23 +175,24 @@ void CtlReadersTest::judgesRegistries_data()
 {
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<int>("state");
-    const auto row = [](const char *name, const QByteArray &content, ShareTargets::State state) {
+    const auto row = [](const char *name, const QByteArray &content,
+                        RegisteredTargets::State state) {
         QTest::newRow(name) << content << static_cast<int>(state);
     };
-    row("as the daemon starts", QByteArray(), ShareTargets::State::Empty);
-    row("line end", QByteArray("\n"), ShareTargets::State::Empty);
-    row("after the last app has gone", QByteArray("{\n}\n"), ShareTargets::State::Empty);
-    row("no targets", QByteArray("{\"a\": {}}"), ShareTargets::State::Empty);
-    row("cut", QByteArray("{\"a\": {"), ShareTargets::State::Damaged);
-    row("a list", QByteArray("[]"), ShareTargets::State::Damaged);
-    row("no text", QByteArray("\xff\xfe\0", 3), ShareTargets::State::Damaged);
+    row("as the daemon starts", QByteArray(), RegisteredTargets::State::Empty);
+    row("line end", QByteArray("\n"), RegisteredTargets::State::Empty);
+    row("after the last app has gone", QByteArray("{\n}\n"), RegisteredTargets::State::Empty);
+    row("no targets", QByteArray("{\"a\": {}}"), RegisteredTargets::State::Empty);
+    row("cut", QByteArray("{\"a\": {"), RegisteredTargets::State::Damaged);
+    row("a list", QByteArray("[]"), RegisteredTargets::State::Damaged);
+    row("no text", QByteArray("\xff\xfe\0", 3), RegisteredTargets::State::Damaged);
 }
 
 void CtlReadersTest::judgesRegistries()
 {
     QFETCH(QByteArray, content);
     QFETCH(int, state);
-    QCOMPARE(static_cast<int>(ShareTargets::parse(content).state), state);
+    QCOMPARE(static_cast<int>(RegisteredTargets::parse(content).state), state);
 }
 
 void CtlReadersTest::editsTheBlacklist_data()

@@ -39,7 +39,7 @@ HostState soundHost()
     host.icons = {icon(QStringLiteral("bramd_launcher_a")),
                   icon(QStringLiteral("bramd_handler_a"))};
     host.settingsEntries = {settings(QStringLiteral("bramd_launcher_a"))};
-    host.targets.state = ShareTargets::State::Filled;
+    host.targets.state = RegisteredTargets::State::Filled;
     ShareTarget target;
     target.packageName = QStringLiteral("a.b");
     target.className = QStringLiteral("a.b.C");
@@ -179,7 +179,7 @@ void DoctorTest::findsWhatTheUserCannotRead()
     host.settingsEntries.first().state = RegularFile::State::Unreadable;
     QVERIFY(finding(host).startsWith(QLatin1String("You cannot read the settings entry")));
     host = soundHost();
-    host.targets.state = ShareTargets::State::Unreadable;
+    host.targets.state = RegisteredTargets::State::Unreadable;
     QVERIFY(finding(host).startsWith(QLatin1String("You cannot read the sharing registry")));
 }
 
@@ -203,7 +203,7 @@ void DoctorTest::missesNothingWhereItCannotLook()
 {
     HostState host = soundHost();
     host.icons.clear();
-    host.targets.state = ShareTargets::State::Unreadable;
+    host.targets.state = RegisteredTargets::State::Unreadable;
     host.unreadableDirectories = QStringList(QStringLiteral("/var/lib/bramd/"));
     QCOMPARE(finding(host), QStringLiteral("You cannot read the directory /var/lib/bramd/."));
 
@@ -221,13 +221,13 @@ void DoctorTest::missesNothingWhereItCannotLook()
 void DoctorTest::judgesTheRegistry()
 {
     HostState host = soundHost();
-    host.targets.state = ShareTargets::State::Empty;
+    host.targets.state = RegisteredTargets::State::Empty;
     QVERIFY(finding(host).startsWith(QLatin1String("No app is offered for sharing")));
     host.entries.last().mimeTypes = QStringList(QStringLiteral("a/b")); // opens, takes no shares
     QCOMPARE(Doctor::examine(host), QVector<Finding>());
-    host.targets.state = ShareTargets::State::Missing;
+    host.targets.state = RegisteredTargets::State::Missing;
     QVERIFY(finding(host).startsWith(QLatin1String("There is no sharing registry")));
-    host.targets.state = ShareTargets::State::Damaged;
+    host.targets.state = RegisteredTargets::State::Damaged;
     QVERIFY(finding(host).endsWith(QLatin1String("is damaged.")));
 }
 
