@@ -3,7 +3,7 @@
 from phone.runtime import CONTROL, DATA_ROOT
 
 from bramctl import NO_RUNTIME, NOT_CONFIRMED, REFUSED, bramctl
-from daemonsteps import forgive_deaths, start_beside_runtime
+from daemonsteps import BINDER, DIED, forgive_deaths, start_beside_runtime
 from launches import WEATHER
 
 
@@ -23,10 +23,11 @@ def test_it_is_started_and_stopped(phone):
         "apps": 0,
     }
 
+    since = phone.daemon.log.mark()
     bramctl("stop").done("has stopped")
     assert phone.unit.state() == "inactive"
     bramctl("stop").done("does not run (inactive)")
-    forgive_deaths(phone)
+    forgive_deaths(phone, since)
 
 
 def test_it_is_restarted(phone):
@@ -49,7 +50,9 @@ def test_one_that_does_not_stop_in_order_is_restarted_all_the_same(phone):
     phone.unit.set_command(phone.runtime.command(), CONTROL)
     bramctl("restart").done("has stopped, but not in order", "runs.")
     assert phone.unit.state() == "active"
-    forgive_deaths(phone)
+    for _ in range(2):
+        phone.daemon.log.expect('Umbra VM is "failed" ( "failed" )')
+    phone.daemon.log.claim_all(DIED, "warning", BINDER)
 
 
 def test_one_that_fails_again_at_once_is_reported(phone):

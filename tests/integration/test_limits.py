@@ -147,8 +147,9 @@ def do_main_job(phone, prefix=(), is_limited=lambda process: True):
     for argument in (str(MAIN), WEATHER):
         assert phone.bramd.call("removeFile", "s", argument) is True
     wait_for(lambda: not traces(), lambda: f"the end of {traces()}")
+    since = phone.daemon.log.mark()
     phone.stop_runtime()
-    forgive_deaths(phone)
+    forgive_deaths(phone, since)
     assert phone.stop_daemon() == 0
     claim_missing_settings_entries(phone)
     seen["removed"] = written()
