@@ -88,11 +88,13 @@ class Runtime:
         "listener"."""
         return self.control("observer", kind=kind, code=code, data=data.hex())
 
-    def flood(self, code, count, data=b"", service="umbra.launcher", objects=0, files=0):
+    def flood(self, code, count, data=b"", service="umbra.launcher", objects=0, files=0,
+              zeros=0):
         """Calls the daemon so many times one-way, as fast as the driver takes it, with so many
-        objects and descriptors in each call; returns the status of the last call that failed."""
+        zeros, objects and descriptors behind the data of each call; returns the status of the last
+        call that failed."""
         return self.control("flood", service=service, code=code, count=count, data=data.hex(),
-                            objects=objects, files=files)["status"]
+                            objects=objects, files=files, zeros=zeros)["status"]
 
     def mayflies(self, service, count):
         """Registers so many objects as this service, each of which dies when the next is there."""

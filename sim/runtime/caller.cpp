@@ -56,7 +56,8 @@ void Caller::flood(const QString &service, quint32 code, const Parcel &parcel, c
           {QStringLiteral("data"), QString::fromLatin1(parcel.data.toHex())},
           {QStringLiteral("count"), flood.count},
           {QStringLiteral("objects"), flood.objects},
-          {QStringLiteral("files"), flood.files}},
+          {QStringLiteral("files"), flood.files},
+          {QStringLiteral("zeros"), flood.zeros}},
          completion);
 }
 

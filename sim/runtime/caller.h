@@ -20,6 +20,7 @@ struct Flood
     int count = 1;
     int objects = 0;
     int files = 0;
+    int zeros = 0;
 };
 
 /// Calls services by name, one call after the other, through a process of its own (CallerProcess).
@@ -38,7 +39,8 @@ public:
               const BinderLoop::Completion &completion);
 
     /// Makes the call one-way, so many times and as fast as the driver takes it, with so many
-    /// objects and descriptors behind the parcel. Told of the last failure, if there was one.
+    /// zeros, objects and descriptors behind the parcel. Told of the last failure, if there was
+    /// one.
     void flood(const QString &service, quint32 code, const Parcel &parcel, const Flood &flood,
                const BinderLoop::Completion &completion);
 

@@ -164,6 +164,7 @@ Parcel CallerProcess::parcelOf(const QJsonObject &request)
 {
     ParcelWriter writer;
     writer.raw(QByteArray::fromHex(request.value(QStringLiteral("data")).toString().toLatin1()));
+    writer.raw(QByteArray(request.value(QStringLiteral("zeros")).toInt(), '\0'));
     static Mayfly mayfly;
     for (int i = request.value(QStringLiteral("objects")).toInt(); i > 0; --i)
         writer.localObject(m_loop->publish(&mayfly));

@@ -161,7 +161,7 @@ void Runtime::flood(const QJsonObject &command, const ControlServer::Reply &repl
     const auto number = [&command](const char *key) {
         return command.value(QLatin1String(key)).toInt();
     };
-    const Flood flood{number("count"), number("objects"), number("files")};
+    const Flood flood{number("count"), number("objects"), number("files"), number("zeros")};
     m_system->caller().flood(text(command, "service"), code(command), requestOf(command), flood,
                              [reply](qint32 status, const Parcel &) {
                                  reply(succeeded({{QStringLiteral("status"), status}}));

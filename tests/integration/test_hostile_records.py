@@ -8,12 +8,13 @@ from gi.repository import Gio, GLib
 
 from daemonsteps import claim_missing_settings_entries, start_beside_runtime
 from hostfiles import APPLICATIONS, ICONS, SETTINGS, SHARING, entry_path, icon_path, settings_path
-from hostilerecords import NEIGHBOURS, RECORDS, Record
-from parcels import COMPLETE, REMOVE_PACKAGE, string16
+from hostilerecords import MEBIBYTE, NEIGHBOURS, RECORDS, Record
+from parcels import COMPLETE, REMOVE_PACKAGE, int32, string16
 
 DIRECTORIES = (APPLICATIONS, ICONS, SETTINGS)
 CACHE = APPLICATIONS / "mimeinfo.cache"  # made anew from all entries whenever one goes
 LONGEST_LINE = 700  # of a refusal: two excerpts
+FAILED_TRANSACTION = -(1 << 31) + 2
 
 
 def one_line(text):
@@ -208,3 +209,24 @@ def test_every_record_has_the_files_that_were_meant_or_none(phone):
     assert not failures, f"{len(failures)} of {len(RECORDS)}:\n" + "\n".join(failures)
     assert len({record.about for record in RECORDS}) == len(RECORDS) > 200
     assert files_elsewhere() == host.elsewhere
+
+
+def test_an_icon_that_no_message_can_hold_changes_nothing(phone):
+    """The driver refuses the message, which its sender is told, and the daemon hears nothing."""
+    start_beside_runtime(phone)
+    host = Host(phone)
+    record = Record("20 MiB", icon=b"")
+    start_of_icon = record.data()[:-4] + int32(20 * MEBIBYTE)
+    since = phone.daemon.log.mark()
+
+    status = phone.runtime.flood(record.code(), 1, start_of_icon, zeros=20 * MEBIBYTE)
+
+    assert status == FAILED_TRANSACTION
+    host.check_others()
+    host.check_sharing()
+
+    fitting = Record("the same with an icon that fits", icon=bytes(MEBIBYTE))
+    assert fitting.data() == start_of_icon[:-4] + int32(MEBIBYTE) + fitting.icon
+    host.try_out(fitting)
+    heard = [text for text in phone.daemon.log.texts(since) if text.startswith("Read ")]
+    assert set(heard) == {f'Read {len(fitting.icon)} bytes for "{fitting.package}" icon'}
