@@ -33,6 +33,41 @@ ApkLauncher named(const QString &packageName, const QString &className)
     return launcher(packageName, className);
 }
 
+constexpr int Mebibyte = 1024 * 1024;
+
+/// In which every byte tells where it belongs, more or less.
+QByteArray pattern(int size)
+{
+    QByteArray bytes(size, Qt::Uninitialized);
+    for (int i = 0; i < size; ++i)
+        bytes[i] = static_cast<char>(i % 251);
+    return bytes;
+}
+
+/// The most memory that this process has had since the object was made.
+class PeakMemory
+{
+public:
+    PeakMemory()
+    {
+        HostFiles::write(QStringLiteral("/proc/self/clear_refs"), "5"); // forgets the highest
+        m_before = bytes();
+    }
+
+    /// In bytes.
+    qint64 growth() const { return bytes() - m_before; }
+
+private:
+    static qint64 bytes()
+    {
+        static const QRegularExpression line(QStringLiteral("VmHWM:\\s+(\\d+) kB"));
+        const QByteArray status = HostFiles::read(QStringLiteral("/proc/self/status"));
+        return line.match(QString::fromLatin1(status)).captured(1).toLongLong() * 1024;
+    }
+
+    qint64 m_before = 0;
+};
+
 } // namespace
 
 /// Announcements that no well-behaved runtime would send. Whatever comes, only files of the
@@ -46,6 +81,7 @@ private Q_SLOTS:
 
     void writesNothingButTheIntendedKeys_data();
     void writesNothingButTheIntendedKeys();
+    void writesAHugeIconWithoutACopy();
     void dropsNamesThatCannotBeFiles_data();
     void dropsNamesThatCannotBeFiles();
     void survivesHostilePackageRemovals();
@@ -178,6 +214,35 @@ void HostileLaunchersTest::writesNothingButTheIntendedKeys()
     manager.onRemovePackage(announced.packageName);
     QCOMPARE(files(), QStringList(sharingPath()));
     takeLog(QtWarningMsg, Category);
+}
+
+// No message can carry that much, but that is not for the one who writes the files to rely on.
+void HostileLaunchersTest::writesAHugeIconWithoutACopy()
+{
+    constexpr qint64 Slack = 4 * Mebibyte;
+    DesktopManager manager(&m_config);
+    ApkLauncher announced = launcher();
+    announced.icon = pattern(20 * Mebibyte);
+    const QString path = iconPath("bramd_launcher_a_b-a_b_Main");
+
+    const PeakMemory writing;
+    manager.onCreateLauncher(announced);
+    QVERIFY2(writing.growth() < Slack, qPrintable(QString::number(writing.growth())));
+
+    QVERIFY(HostFiles::read(path) == announced.icon);
+    QCOMPARE(files().size(), 4);
+    const quint64 before = HostFiles::inode(path);
+
+    // announced again it is compared, for which it is read once
+    const PeakMemory comparing;
+    manager.onCreateLauncher(announced);
+    QVERIFY2(comparing.growth() < announced.icon.size() + 2 * Slack,
+             qPrintable(QString::number(comparing.growth())));
+    QCOMPARE(HostFiles::inode(path), before);
+
+    announced.icon.truncate(1);
+    manager.onCreateLauncher(announced);
+    QCOMPARE(HostFiles::read(path), announced.icon);
 }
 
 void HostileLaunchersTest::dropsNamesThatCannotBeFiles_data()
