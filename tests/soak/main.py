@@ -19,6 +19,8 @@ def main():
     parser.add_argument("rounds", nargs="?", type=int, default=1000)
     parser.add_argument("--seed", type=int, default=secrets.randbelow(1 << 31))
     arguments = parser.parse_args()
+    if arguments.rounds < 1:
+        parser.error("less than one round says nothing")
     waiting.slowness = SLOWNESS
     sys.stdout.reconfigure(line_buffering=True)
     print(f"seed {arguments.seed}")
@@ -29,6 +31,9 @@ def main():
         print(error)
         print(f"soak: FAILED, seed {arguments.seed}")
         return 1
+    except KeyboardInterrupt:
+        print(f"soak: interrupted, seed {arguments.seed}")
+        return 130
     complaints = trouble(phone)
     print("\n".join(complaints))
     print("soak: FAILED" if complaints else "soak: ok")
