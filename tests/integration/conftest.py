@@ -62,6 +62,7 @@ def trial_fixture(request, capsys, phone, file_system):
     finally:
         INVOKER.unlink()
     trial.close()
+    assert trial.points, "nothing was tried"
     with capsys.disabled():
         if ALL:
             print(f"\n{request.node.name}: {trial.points} faults at {len(trial.calls)} calls, "

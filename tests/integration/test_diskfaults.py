@@ -27,4 +27,5 @@ def test_a_call_that_fails(trial):
 def test_a_disk_that_fails_for_good(trial):
     for error in (ENOSPC, EROFS, EIO):
         for number in range(0, len(trial.calls), 1 if ALL else 60):
-            trial.fail(number, error, fail_from_now_on)
+            if trial.can_fail_from(number, error):
+                trial.fail(number, error, fail_from_now_on)
