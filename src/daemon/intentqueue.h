@@ -9,8 +9,9 @@
 class IntentQueue
 {
 public:
-    /// False, with a warning now and then, when too many wait already.
-    bool add(const Intent &intent) { return m_waiting.add(intent); }
+    /// False, with a warning now and then, when too many wait already. Extras of a type that is the
+    /// bus's own are kept as that type only, without their content.
+    bool add(const Intent &intent);
 
     bool isEmpty() const { return m_waiting.isEmpty(); }
 

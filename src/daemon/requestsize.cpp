@@ -3,17 +3,10 @@
 #include "binder/intent.h"
 #include "daemon/packagemod.h"
 
-#include <QDBusArgument>
-#include <QDBusVariant>
-
 namespace {
 
 /// Of anything that is not mostly text.
 constexpr qint64 SmallSize = 64;
-
-/// A value that is still as the bus sent it keeps its whole message, which may be as large as the
-/// bus lets it be; no more than this of it could ever get to the runtime.
-constexpr qint64 UnreadSize = qint64(4) * 1024 * 1024;
 
 qint64 sizeOf(const QString &text)
 {
@@ -23,10 +16,6 @@ qint64 sizeOf(const QString &text)
 qint64 sizeOf(const QVariant &value)
 {
     qint64 size = SmallSize;
-    if (value.userType() == qMetaTypeId<QDBusArgument>())
-        return UnreadSize;
-    if (value.userType() == qMetaTypeId<QDBusVariant>())
-        return sizeOf(value.value<QDBusVariant>().variant());
     switch (value.userType()) {
     case QMetaType::QString:
     case QMetaType::QUrl:
