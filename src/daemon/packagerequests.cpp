@@ -3,9 +3,19 @@
 #include "config/runtimetext.h"
 #include "platform/host/logging.h"
 
+#include <climits>
+
+namespace {
+
+/// A request may name its app by another name or path than its caller does. What was accepted must
+/// not be lost for that.
+constexpr qint64 OtherNameBytes = PATH_MAX * qint64{sizeof(QChar)};
+
+} // namespace
+
 bool PackageRequests::hasRoomFor(const QString &filename) const
 {
-    if (!m_pending.isFull())
+    if (m_pending.hasRoomFor(requestSize(filename) + OtherNameBytes))
         return true;
     qCCritical(daemonLog) << "Too many requests wait for the runtime, refusing:"
                           << RuntimeText::excerpt(filename);

@@ -12,7 +12,7 @@
 class PackageRequests
 {
 public:
-    /// False, after one critical line, when a request about this file would be refused.
+    /// False, after one critical line, when a request about this file or app may be refused.
     bool hasRoomFor(const QString &filename) const;
 
     /// False, with a warning now and then, when too many wait already.

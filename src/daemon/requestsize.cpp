@@ -3,14 +3,17 @@
 #include "binder/intent.h"
 #include "daemon/packagemod.h"
 
+#include <algorithm>
+
 namespace {
 
 /// Of anything that is not mostly text.
 constexpr qint64 SmallSize = 64;
 
+/// With the room behind it: a text that came in UTF-8 keeps as many characters as that had bytes.
 qint64 sizeOf(const QString &text)
 {
-    return SmallSize + text.size() * static_cast<qint64>(sizeof(QChar));
+    return SmallSize + std::max(text.size(), text.capacity()) * qint64{sizeof(QChar)};
 }
 
 qint64 sizeOf(const QVariant &value)
@@ -18,8 +21,9 @@ qint64 sizeOf(const QVariant &value)
     qint64 size = SmallSize;
     switch (value.userType()) {
     case QMetaType::QString:
-    case QMetaType::QUrl:
         return sizeOf(value.toString());
+    case QMetaType::QUrl:
+        return size + value.toString().size() * qint64{sizeof(QChar)};
     case QMetaType::QByteArray:
         return size + value.toByteArray().size();
     case QMetaType::QStringList: {

@@ -4,10 +4,10 @@
 
 bool WaitingLimit::enter(qint64 bytes)
 {
-    if (isFull()) {
+    if (!hasRoomFor(bytes)) {
         if (!m_fullTold)
             qCWarning(daemonLog) << "Too many requests wait for the runtime, dropping new ones";
-        m_fullTold = true;
+        m_fullTold = m_requests > 0;
         return false;
     }
     enterAgain(bytes);

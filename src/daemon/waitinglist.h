@@ -6,17 +6,21 @@
 
 /// How much may wait for the runtime in one list. Every program of the host can make requests, and
 /// a runtime that does not start would have them all wait, so there is a limit that no user gets
-/// to; requests beyond it are not accepted.
+/// to; requests beyond it are not accepted, nor is a single one that is larger.
 class WaitingLimit
 {
 public:
     static constexpr int MaxRequests = 4096;
     static constexpr qint64 MaxBytes = qint64(16) * 1024 * 1024;
 
-    bool isFull() const { return m_requests >= MaxRequests || m_bytes >= MaxBytes; }
+    /// Whether a request of this size would be accepted.
+    bool hasRoomFor(qint64 bytes) const
+    {
+        return m_requests < MaxRequests && m_bytes + bytes <= MaxBytes;
+    }
 
 protected:
-    /// False when the list is full, with one warning until it is empty again.
+    /// False when there is no room, with one warning until the list is empty again.
     bool enter(qint64 bytes);
     void enterAgain(qint64 bytes);
     void leave(qint64 bytes);
@@ -52,7 +56,7 @@ public:
         return request;
     }
 
-    /// Undoes takeFirst(), also when the list has become full since.
+    /// Undoes takeFirst(), also when there is no room any more.
     void putBack(const Request &request)
     {
         enterAgain(requestSize(request));

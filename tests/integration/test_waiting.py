@@ -8,13 +8,13 @@ from phone.waiting import wait_for
 
 from daemonsteps import DAEMON
 from hostfiles import INCOMING, download
-from launches import launched_packages
+from launches import WEATHER, launched_packages
 from packagerequests import DELETE_CODES
 
-# Half a mebibyte in the daemon's memory, of which thirty-two may wait in each list. The
-# runtime takes no request of more than a mebibyte.
+# Half a mebibyte in the daemon's memory, and a little more, of which thirty-one may wait in each
+# list. The runtime takes no request of more than a mebibyte.
 LETTERS = 256 * 1024
-ROOM = 32
+ROOM = 31
 
 FULL = "Too many requests wait for the runtime, dropping new ones"
 
@@ -26,8 +26,8 @@ def starting_fixture(phone):
     phone.unit.hold_activation(True)
 
 
-def long_name(number):
-    return f"app{number:02}." + "x" * LETTERS
+def long_name(number, letters=LETTERS):
+    return f"app{number:02}." + "x" * letters
 
 
 def check_refusal(phone, text):
@@ -54,12 +54,23 @@ def test_intents_wait_in_a_limited_number(phone):
     phone.daemon.log.expect(FULL, "warning", DAEMON)
 
 
+def test_a_request_that_is_larger_than_all_that_may_wait_is_dropped(phone):
+    phone.bramd.call("launchApp", "s", "x" * 9 * 1024 * 1024)
+    phone.daemon.log.expect(FULL, "warning", DAEMON)
+    phone.bramd.call("launchApp", "s", WEATHER)
+    phone.unit.hold_activation(False)
+    wait_for(lambda: launched_packages(phone), "the launch", 30)
+    assert launched_packages(phone) == [WEATHER]
+
+
 def test_package_requests_wait_in_a_limited_number(phone):
-    for number in range(ROOM):
-        assert phone.bramd.call("removeFile", "s", long_name(number)) is True
     refused = "Too many requests wait for the runtime, refusing:"
-    assert phone.bramd.call("removeFile", "s", long_name(ROOM)) is False
-    check_refusal(phone, f'{refused} "app{ROOM}')
+    accepted = 0
+    for letters in (LETTERS, 32 * 1024, 4 * 1024, 512, 64, 1):  # until there is no room at all
+        while phone.bramd.call("removeFile", "s", long_name(accepted, letters)):
+            accepted += 1
+        check_refusal(phone, f'{refused} "app{accepted:02}')
+    assert accepted > ROOM
     apk = download("weather")
     assert phone.bramd.call("installFile", "s", str(apk)) is False
     check_refusal(phone, f'{refused} "{apk}"')
@@ -67,7 +78,7 @@ def test_package_requests_wait_in_a_limited_number(phone):
 
     phone.unit.hold_activation(False)
     delete = DELETE_CODES[phone.runtime.sdk]
-    phone.runtime.wait_for_transaction("package", delete, ROOM, 30)
+    phone.runtime.wait_for_transaction("package", delete, accepted, 30)
     assert phone.bramd.call("installFile", "s", str(apk)) is True
     assert phone.notifications.wait_for_notice()
-    assert len(phone.runtime.transactions("package", delete)) == ROOM
+    assert len(phone.runtime.transactions("package", delete)) == accepted
