@@ -43,7 +43,7 @@ bool writeAll(int descriptor, const QByteArray &content)
                                       static_cast<std::size_t>(content.size() - done));
         if (count < 0 && errno == EINTR)
             continue;
-        if (count < 0)
+        if (count <= 0) // none is no error, but would be so for ever
             return false;
         done += static_cast<int>(count);
     }
@@ -53,7 +53,11 @@ bool writeAll(int descriptor, const QByteArray &content)
 /// Some file systems know no such thing, but one that tells of an error has lost something.
 bool synchronise(int descriptor)
 {
-    return ::fdatasync(descriptor) == 0 || errno == EINVAL || errno == ENOSYS;
+    while (::fdatasync(descriptor) != 0) {
+        if (errno != EINTR)
+            return errno == EINVAL || errno == ENOSYS;
+    }
+    return true;
 }
 
 } // namespace
@@ -77,8 +81,8 @@ TemporaryFile::~TemporaryFile()
 
 bool TemporaryFile::write(const QByteArray &content)
 {
-    return ::fchmod(m_descriptor, ReadableByAll) == 0 && writeAll(m_descriptor, content) &&
-           synchronise(m_descriptor);
+    m_content = content;
+    return writeContent();
 }
 
 // A file without a name can have the final one at once, but only if that is free.
@@ -87,7 +91,7 @@ bool TemporaryFile::putIntoPlace(bool isNew)
     if (m_name.isEmpty()) {
         if (isNew && link(m_finalPath))
             return true;
-        if (!linkNamed())
+        if (!linkNamed() && !(errno == ENOENT && writeNamed()))
             return false;
     }
     if (std::rename(m_name.constData(), m_finalPath.constData()) != 0)
@@ -109,6 +113,12 @@ void TemporaryFile::openNamed()
     }
 }
 
+bool TemporaryFile::writeContent() const
+{
+    return ::fchmod(m_descriptor, ReadableByAll) == 0 && writeAll(m_descriptor, m_content) &&
+           synchronise(m_descriptor);
+}
+
 bool TemporaryFile::link(const QByteArray &path) const
 {
     const QByteArray nameless = "/proc/self/fd/" + QByteArray::number(m_descriptor);
@@ -128,4 +138,12 @@ bool TemporaryFile::linkNamed()
             break;
     }
     return false;
+}
+
+// To ask for "/proc" in time would be one more system call for each file.
+bool TemporaryFile::writeNamed()
+{
+    ::close(m_descriptor);
+    openNamed();
+    return isOpen() && writeContent();
 }

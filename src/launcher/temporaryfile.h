@@ -5,7 +5,7 @@
 /// A new file, mode 0644 whatever the umask, that takes another's place only when it is complete.
 ///
 /// Where the file system can, it has no name until then, so that whoever is killed meanwhile leaves
-/// nothing behind. Elsewhere its name is the final one with a suffix.
+/// nothing behind. Elsewhere, and without "/proc", its name is the final one with a suffix.
 class TemporaryFile
 {
 public:
@@ -30,10 +30,15 @@ public:
 
 private:
     void openNamed();
+    bool writeContent() const;
     bool link(const QByteArray &path) const;
     bool linkNamed();
 
+    /// All over again, for want of "/proc", by which a file without a name is found.
+    bool writeNamed();
+
     QByteArray m_finalPath;
+    QByteArray m_content;
     QByteArray m_name; // while it has one of its own
     int m_descriptor;
 };

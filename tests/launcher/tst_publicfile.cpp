@@ -1,12 +1,28 @@
 #include "launcher/publicfile.h"
 #include "support/hostfiles.h"
+#include "support/systemcalls.h"
 #include "support/testcase.h"
 
 #include <QtTest>
 
+#include <cerrno>
+#include <functional>
+#include <optional>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 
 using PublicFile::WriteResult;
+
+namespace {
+
+/// Runs `work`, which writes "new".
+bool failing(int call, const QVector<int> &errors, const std::function<void()> &work)
+{
+    const auto size = call == SYS_write ? std::make_optional(3U) : std::nullopt;
+    return SystemCalls::fail(static_cast<unsigned>(call), errors, work, size);
+}
+
+} // namespace
 
 class PublicFileTest : public TestCase
 {
@@ -25,6 +41,12 @@ private Q_SLOTS:
     void cannotOpenOnAReadOnlyDisk();
     void keepsTheOldFileWhenTheDiskIsFull_data();
     void keepsTheOldFileWhenTheDiskIsFull();
+    void writesWithoutProc_data();
+    void writesWithoutProc();
+    void getsOverWhatPasses_data();
+    void getsOverWhatPasses();
+    void tellsWhatDoesNotPass_data();
+    void tellsWhatDoesNotPass();
     void reads();
     void comparesContent();
     void writesOnlyWhatChanged();
@@ -145,6 +167,89 @@ void PublicFileTest::keepsTheOldFileWhenTheDiskIsFull()
 
     QCOMPARE(HostFiles::read(m_path), QByteArray("old"));
     QCOMPARE(HostFiles::filesBelow(m_directory), files);
+}
+
+void PublicFileTest::writesWithoutProc_data()
+{
+    QTest::addColumn<bool>("isNew");
+
+    QTest::newRow("new") << true;
+    QTest::newRow("old") << false;
+}
+
+void PublicFileTest::writesWithoutProc()
+{
+    QFETCH(bool, isNew);
+    if (!isNew)
+        HostFiles::write(m_path, "old");
+
+    WriteResult result = WriteResult::CannotOpen;
+    {
+        const HostFiles::Mount nothing = HostFiles::Mount::memory(QStringLiteral("/proc"), "");
+        result = PublicFile::write(m_path, "new");
+    }
+
+    QCOMPARE(result, WriteResult::Written);
+    QCOMPARE(HostFiles::read(m_path), QByteArray("new"));
+    QCOMPARE(HostFiles::mode(m_path), 0644);
+    QCOMPARE(HostFiles::filesBelow(m_directory), QStringList(m_path));
+}
+
+void PublicFileTest::getsOverWhatPasses_data()
+{
+    QTest::addColumn<int>("call");
+    QTest::addColumn<QVector<int>>("errors");
+
+    QTest::newRow("writing is interrupted") << SYS_write << QVector<int>{EINTR, EINTR};
+    QTest::newRow("synchronising is interrupted") << SYS_fdatasync << QVector<int>{EINTR, EINTR};
+    QTest::newRow("there is nothing to synchronise") << SYS_fdatasync << QVector<int>{EINVAL};
+    QTest::newRow("somebody was faster") << SYS_linkat << QVector<int>{EEXIST};
+    QTest::newRow("names are taken") << SYS_linkat << QVector<int>{EEXIST, EEXIST, EEXIST};
+    QTest::newRow("every file has a name") << SYS_openat << QVector<int>{EOPNOTSUPP};
+    QTest::newRow("every file has a name, some are taken")
+        << SYS_openat << QVector<int>{EOPNOTSUPP, EEXIST, EEXIST};
+}
+
+void PublicFileTest::getsOverWhatPasses()
+{
+    QFETCH(int, call);
+    QFETCH(QVector<int>, errors);
+
+    WriteResult result = WriteResult::CannotOpen;
+    QVERIFY(failing(call, errors, [&] { result = PublicFile::write(m_path, "new"); }));
+
+    QCOMPARE(result, WriteResult::Written);
+    QCOMPARE(HostFiles::read(m_path), QByteArray("new"));
+    QCOMPARE(HostFiles::mode(m_path), 0644);
+    QCOMPARE(HostFiles::filesBelow(m_directory), QStringList(m_path));
+}
+
+void PublicFileTest::tellsWhatDoesNotPass_data()
+{
+    QTest::addColumn<int>("call");
+    QTest::addColumn<QVector<int>>("errors");
+    QTest::addColumn<bool>("isOpen");
+
+    const QVector<int> allTaken(100, EEXIST);
+    QTest::newRow("nothing is written") << SYS_write << QVector<int>{0} << true;
+    QTest::newRow("synchronising fails") << SYS_fdatasync << QVector<int>{EIO} << true;
+    QTest::newRow("all names are taken") << SYS_linkat << (QVector<int>{EEXIST} + allTaken) << true;
+    QTest::newRow("linking fails") << SYS_linkat << QVector<int>{EIO, EIO} << true;
+    QTest::newRow("every file has a name, all are taken")
+        << SYS_openat << (QVector<int>{EOPNOTSUPP} + allTaken) << false;
+}
+
+void PublicFileTest::tellsWhatDoesNotPass()
+{
+    QFETCH(int, call);
+    QFETCH(QVector<int>, errors);
+    QFETCH(bool, isOpen);
+
+    WriteResult result = WriteResult::Written;
+    QVERIFY(failing(call, errors, [&] { result = PublicFile::write(m_path, "new"); }));
+
+    QCOMPARE(result, isOpen ? WriteResult::CannotWrite : WriteResult::CannotOpen);
+    QCOMPARE(HostFiles::filesBelow(m_directory), QStringList());
 }
 
 void PublicFileTest::reads()

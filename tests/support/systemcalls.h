@@ -18,4 +18,10 @@ bool refuse(const QVector<unsigned> &calls, std::optional<unsigned> firstArgumen
 /// that thread is held. False when no call was made.
 bool hold(unsigned call, const std::function<void()> &work, const std::function<void()> &meanwhile);
 
+/// Runs `work` in a thread of its own, whose first such calls are not carried out, but fail with
+/// these errors, or return 0 where the error is 0. False when it made fewer calls. With a third
+/// argument only those with that one count: sanitizers make write() calls of their own.
+bool fail(unsigned call, QVector<int> errors, const std::function<void()> &work,
+          std::optional<unsigned> thirdArgument = std::nullopt);
+
 } // namespace SystemCalls
