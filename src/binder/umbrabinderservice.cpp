@@ -25,10 +25,15 @@ UmbraBinderService::UmbraBinderService(const char *serviceName, const char *inte
 
 UmbraBinderService::~UmbraBinderService()
 {
-    UmbraBinderService::reset();
+    dropAll();
 }
 
 void UmbraBinderService::reset()
+{
+    dropAll();
+}
+
+void UmbraBinderService::dropAll()
 {
     m_registration.reset();
     m_localObject.reset();
@@ -69,7 +74,7 @@ void UmbraBinderService::onServiceStateChanged(bool forceStartAttempt)
 void UmbraBinderService::registerService()
 {
     if (m_serviceManager != nullptr && m_serviceManager->isLost())
-        reset();
+        dropAll();
     if (m_serviceManager == nullptr)
         m_serviceManager = Binder::ServiceManager::open(m_device);
     m_deviceMissing = m_serviceManager == nullptr;

@@ -44,6 +44,7 @@ public Q_SLOTS:
 
 private:
     void registerService();
+    void dropAll();
 
     const char *m_serviceName;
     const char *m_interfaceDescriptor;
