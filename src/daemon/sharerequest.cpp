@@ -17,6 +17,10 @@ const char *const extraSubject = "android.intent.extra.SUBJECT";
 const char *const extraText = "android.intent.extra.TEXT";
 const char *const extraStream = "android.intent.extra.STREAM";
 
+/// More do not fit into the mebibyte that Android takes of a request, even if their URLs have one
+/// letter: a caller that names millions would get a line of the log for each, and fill the memory.
+constexpr int maxFiles = 1024 * 1024 / 48;
+
 QString text(const char *literal)
 {
     return QString::fromLatin1(literal);
@@ -116,6 +120,9 @@ std::optional<Intent> ShareRequest::toIntent() const
     intent.action = text(actionSend);
     if (mimeType.startsWith(QLatin1String("text/"))) {
         addText(intent, resources.first().toMap());
+    } else if (resources.size() > maxFiles) {
+        qCWarning(daemonLog) << "Too many files to share, sharing none:" << resources.size();
+        return std::nullopt;
     } else {
         if (!mimeType.isEmpty())
             intent.type = mimeType;

@@ -16,8 +16,9 @@ struct ShareRequest
     /// gets a warning and is left out.
     static ShareRequest fromConfiguration(const QVariantMap &configuration);
 
-    /// The intent that shares it; none when there is nothing to share. A resource that names no
-    /// file is left out, with a warning, and so is a target that names no app.
+    /// The intent that shares it; none when there is nothing to share, or, with a warning, more
+    /// files than a request to the runtime has room for. A resource that names no file is left
+    /// out, with a warning, and so is a target that names no app.
     std::optional<Intent> toIntent() const;
 
     QVariantList resources;     ///< file paths or URLs; for text, maps

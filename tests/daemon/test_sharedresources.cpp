@@ -19,6 +19,8 @@ private Q_SLOTS:
     void a_resource_that_names_no_file_is_left_out_with_a_warning();
     void nothing_is_shared_without_resources_data();
     void nothing_is_shared_without_resources();
+    void more_files_than_fit_into_a_request_are_not_shared();
+    void any_number_of_texts_is_shared_as_the_first_one();
 
 private:
     static QStringList sentText(const char *extras = nullptr);
@@ -260,6 +262,31 @@ void TestSharedResources::nothing_is_shared_without_resources()
     QFETCH(QVariantMap, configuration);
 
     QCOMPARE(shared(configuration), QStringList(text("not shared")));
+}
+
+void TestSharedResources::more_files_than_fit_into_a_request_are_not_shared()
+{
+    constexpr int Most = 1024 * 1024 / 48;
+    QStringList files(QVector<QString>(Most, text("/a")).toList());
+    const auto intent = intentFor(fileConfiguration(files));
+    QVERIFY(intent);
+    QCOMPARE(intent->extras.value(text("android.intent.extra.STREAM")).toList().size(), Most);
+
+    files.append(text("/a"));
+    QVERIFY(!intentFor(fileConfiguration(files)));
+    QCOMPARE(takeLog(QtWarningMsg),
+             QStringList(text("Too many files to share, sharing none: %1").arg(Most + 1)));
+}
+
+void TestSharedResources::any_number_of_texts_is_shared_as_the_first_one()
+{
+    const Texts item{{text("name"), text("n")}, {text("data"), text("d")}};
+    QVariantList items{QVariant::fromValue(item)};
+    for (int number = 0; number < 30000; ++number)
+        items.append(number);
+
+    QCOMPARE(shared(configuration(text("text/plain"), items)),
+             sentText("'android.intent.extra.SUBJECT': 'n', 'android.intent.extra.TEXT': 'd'"));
 }
 
 QTEST_GUILESS_MAIN(TestSharedResources)
