@@ -3,6 +3,7 @@
 #include "daemon/requestsize.h"
 
 #include <deque>
+#include <utility>
 
 /// How much may wait for the runtime in one list. Every program of the host can make requests, and
 /// a runtime that does not start would have them all wait, so there is a limit that no user gets
@@ -50,7 +51,7 @@ public:
 
     Request takeFirst()
     {
-        const Request request = m_requests.front();
+        Request request = std::move(m_requests.front());
         m_requests.pop_front();
         leave(requestSize(request));
         return request;
