@@ -77,6 +77,8 @@ def _labels():
             ("key of another language", "Name[de]=B"),
             ("field codes", "%f %U %c %i %k %%"),
             ("place markers", "%1%2%3"),
+            ("commas", "A, B,,\\,C"),
+            ("value of another type", "@ByteArray(A)"),
             ("quotes", "\"A\" 'B'"),
             ("quote that does not end", "A\""),
             ("shell", "$(reboot) `reboot` ${HOME} ; reboot"),

@@ -2,6 +2,8 @@
 
 import json
 import os
+import re
+import subprocess
 from pathlib import Path
 
 from gi.repository import Gio, GLib
@@ -13,6 +15,7 @@ from parcels import COMPLETE, REMOVE_PACKAGE, int32, string16
 
 DIRECTORIES = (APPLICATIONS, ICONS, SETTINGS)
 CACHE = APPLICATIONS / "mimeinfo.cache"  # made anew from all entries whenever one goes
+INI_READER = Path(os.environ["BRAMD_BUILD_DIR"]) / "tests/integration/inireader"
 LONGEST_LINE = 700  # of a refusal: two excerpts
 FAILED_TRANSACTION = -(1 << 31) + 2
 
@@ -93,6 +96,42 @@ def check_entry(record, entry):
                       f"{record.package}.apk", f"{record.package}/{record.activity}"])
 
 
+# QSettings reads entries by the rules of INI files. In these a semicolon begins a comment, commas
+# part the items of a list, blanks at the ends of an item and a byte order mark in front do not
+# count, and "@" begins a value of another type. Quotation marks hold a value together, and the
+# lines that follow if there is no second one. In entries none of this means anything: whoever
+# keeps to their rules, as glib does above, takes it for text. A program that does not may lose a
+# part of a value, or what follows a quotation mark, and finds neither another key nor anything
+# that was not written in it.
+_INI_VALUE = re.compile(r'((?:[^";]|"[^"]*")*)("?)')
+
+
+def check_entry_as_ini(record, found):
+    """As Qt reads it: found are the items of each key. Values with quotation marks, and those of
+    another type, are left out of the comparison."""
+    expected = expected_keys(record, entry_of(record))
+    unread = dict(found)
+    for key in sorted(expected):  # which is their order in the file
+        items = unread.pop(f"Desktop Entry/{key}")
+        value, endless = _INI_VALUE.match(expected[key]).groups()
+        if endless:
+            break
+        if '"' not in value and not value.startswith("@"):
+            assert items == [item.strip(" ").removeprefix("\ufeff")
+                             for item in value.split(",")], key
+    assert not unread
+
+
+def read_as_ini(directory, entries):
+    """What Qt finds in each of these contents of entries."""
+    paths = [directory / f"{number}.desktop" for number in range(len(entries))]
+    for path, content in zip(paths, entries):
+        path.write_bytes(content)
+    result = subprocess.run([INI_READER, *paths], capture_output=True, check=True)
+    found = json.loads(result.stdout)
+    return [found[str(path)] for path in paths]
+
+
 def check_settings(record, entry):
     assert json.loads(settings_path(entry).read_bytes()) == {"entries": [{
         "path": f"applications/{entry.name}", "type": "page", "params": {
@@ -114,6 +153,7 @@ class Host:
     def __init__(self, phone):
         self.phone = phone
         self.targets = {}
+        self.written = []  # records and what their entries held
         for number, (package, activity) in enumerate(NEIGHBOURS):
             self.announce(Record("neighbour", package=package, activity=activity))
             neighbour = Record("neighbour that shares", package=package, activity=f"near.{number}",
@@ -177,6 +217,7 @@ class Host:
     def check_written(self, record):
         entry = entry_of(record)
         written = [entry, icon_path(entry)]
+        self.written.append((record, entry.read_bytes()))
         check_entry(record, entry)
         assert icon_path(entry).read_bytes() == (record.icon or b"")
         if not record.is_handler():
@@ -197,15 +238,23 @@ def without_doubles(pairs):
     return dict(pairs)
 
 
-def test_every_record_has_the_files_that_were_meant_or_none(phone):
+def test_every_record_has_the_files_that_were_meant_or_none(phone, tmp_path):
     start_beside_runtime(phone)
     host = Host(phone)
     failures = []
-    for record in RECORDS:
+
+    def note(record, check, *arguments):
         try:
-            host.try_out(record)
-        except (AssertionError, GLib.Error, OSError, TypeError, ValueError) as error:
+            check(record, *arguments)
+        except (AssertionError, GLib.Error, KeyError, OSError, TypeError, ValueError) as error:
             failures.append(f"{record.about}: {type(error).__name__} {error}"[:2000])
+
+    for record in RECORDS:
+        note(record, host.try_out)
+    records, contents = zip(*host.written)
+    for record, found in zip(records, read_as_ini(tmp_path, contents)):
+        note(record, check_entry_as_ini, found)
+    assert len(records) == len([record for record in RECORDS if not record.refusal])
     assert not failures, f"{len(failures)} of {len(RECORDS)}:\n" + "\n".join(failures)
     assert len({record.about for record in RECORDS}) == len(RECORDS) > 200
     assert files_elsewhere() == host.elsewhere
