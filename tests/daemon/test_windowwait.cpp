@@ -125,17 +125,18 @@ void TestWindowWait::an_odd_answer_is_taken_for_what_it_says_data()
 {
     QTest::addColumn<FakeReply>("reply");
     QTest::addColumn<int>("expectedLooks");
+    QTest::addColumn<int>("expectedWarnings"); // of the driver's refusals
 
-    QTest::newRow("another number") << FakeReply::data(FakeParcel().int32(2)) << 1;
-    QTest::newRow("a negative number") << FakeReply::data(FakeParcel().int32(-1)) << 1;
-    QTest::newRow("yes and more") << FakeReply::data(FakeParcel().int32(1).int32(0)) << 1;
-    QTest::newRow("no and more") << FakeReply::data(FakeParcel().int32(0).int32(1)) << 10;
-    QTest::newRow("nothing") << FakeReply() << 10;
-    QTest::newRow("half a word") << FakeReply::data(FakeParcel(QByteArray(2, '\1'))) << 10;
-    QTest::newRow("a refusal") << FakeReply::statusCode(-74) << 10;
-    QTest::newRow("a positive status") << FakeReply::statusCode(1) << 10;
-    QTest::newRow("a failure") << FakeReply::failed() << 10;
-    QTest::newRow("no answer while frozen") << FakeReply::frozen() << 10;
+    QTest::newRow("another number") << FakeReply::data(FakeParcel().int32(2)) << 1 << 0;
+    QTest::newRow("a negative number") << FakeReply::data(FakeParcel().int32(-1)) << 1 << 0;
+    QTest::newRow("yes and more") << FakeReply::data(FakeParcel().int32(1).int32(0)) << 1 << 0;
+    QTest::newRow("no and more") << FakeReply::data(FakeParcel().int32(0).int32(1)) << 10 << 0;
+    QTest::newRow("nothing") << FakeReply() << 10 << 0;
+    QTest::newRow("half a word") << FakeReply::data(FakeParcel(QByteArray(2, '\1'))) << 10 << 0;
+    QTest::newRow("a refusal") << FakeReply::statusCode(-74) << 10 << 0;
+    QTest::newRow("a positive status") << FakeReply::statusCode(1) << 10 << 0;
+    QTest::newRow("a failure") << FakeReply::failed() << 10 << 10;
+    QTest::newRow("no answer while frozen") << FakeReply::frozen() << 10 << 10;
 }
 
 void TestWindowWait::an_odd_answer_is_taken_for_what_it_says()
@@ -146,6 +147,7 @@ void TestWindowWait::an_odd_answer_is_taken_for_what_it_says()
     wait();
 
     QTEST(looks(), "expectedLooks");
+    QTEST(takeLog(QtWarningMsg).size(), "expectedWarnings");
 }
 
 void TestWindowWait::without_a_compositor_nothing_is_waited_for()
