@@ -72,12 +72,8 @@ IncomingData::~IncomingData()
         m_source->release(*this);
 }
 
-bool IncomingData::isPlain(std::size_t position, std::size_t size) const
+bool IncomingData::touchesNoObject(std::size_t position, std::size_t size) const
 {
-    if (position > m_size || size > m_size - position)
-        return false;
-    if (m_objects.empty())
-        return true; // as nearly always
     // the last object that begins before the range's end is the only one that can reach into it
     const auto behind = std::lower_bound(m_objects.begin(), m_objects.end(), position + size);
     if (behind == m_objects.begin())

@@ -53,7 +53,12 @@ public:
     const std::vector<quint64> &objects() const { return m_objects; }
 
     /// Whether `size` bytes from `position` on lie in the message and touch no object.
-    bool isPlain(std::size_t position, std::size_t size) const;
+    bool isPlain(std::size_t position, std::size_t size) const
+    {
+        if (position > m_size || size > m_size - position)
+            return false;
+        return m_objects.empty() || touchesNoObject(position, size);
+    }
 
     /// The object at `position`, if there is one or the null object.
     std::optional<FlatObject> objectAt(std::size_t position) const;
@@ -61,6 +66,8 @@ public:
     std::shared_ptr<RemoteObject> remoteObject(Handle handle) const;
 
 private:
+    bool touchesNoObject(std::size_t position, std::size_t size) const;
+
     QByteArray m_storage;
     const char *m_bytes;
     std::size_t m_size;
