@@ -20,6 +20,10 @@ if(BUILD_TESTING)
   endif()
 endif()
 
+# What no program calls is left out of what is delivered. Sources that are compiled together would
+# otherwise bring each other along.
+add_link_options($<$<NOT:$<CONFIG:Debug>>:-Wl,--gc-sections>)
+
 add_library(bramd_options INTERFACE)
 target_compile_options(bramd_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
@@ -28,6 +32,8 @@ target_compile_options(bramd_options INTERFACE
   # A source that is compiled together with others is taken for a header, whose classes should not
   # use what is in unnamed namespaces.
   $<$<AND:$<CXX_COMPILER_ID:GNU>,$<BOOL:${CMAKE_UNITY_BUILD}>>:-Wno-subobject-linkage>
+  $<$<NOT:$<CONFIG:Debug>>:-ffunction-sections>
+  $<$<NOT:$<CONFIG:Debug>>:-fdata-sections>
   $<$<BOOL:${BRAMD_WERROR}>:-Werror>)
 target_compile_definitions(bramd_options INTERFACE
   QT_NO_CAST_FROM_ASCII
