@@ -53,10 +53,10 @@ constexpr int Mebibyte = 1024 * 1024;
 /// In which every byte tells where it belongs, more or less.
 QByteArray pattern(int size)
 {
-    QByteArray bytes(size, Qt::Uninitialized);
-    for (int i = 0; i < size; ++i)
-        bytes[i] = static_cast<char>(i % 251);
-    return bytes;
+    QByteArray block;
+    for (int i = 0; i < 251; ++i)
+        block.append(static_cast<char>(i));
+    return block.repeated(size / block.size() + 1).left(size);
 }
 
 /// The most memory that this process has had since the object was made.
