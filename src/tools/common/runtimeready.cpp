@@ -21,7 +21,7 @@ Outcome makeStartable(const RuntimeUnit &unit, DaemonClient &daemon)
         return state.outcome;
     if (!state.hasFailed())
         return {};
-    const Outcome taken = daemon.finish(daemon.proxy().controlService(true));
+    Outcome taken = daemon.finish(daemon.proxy().controlService(true));
     if (!taken.isDone())
         return taken;
 
