@@ -31,7 +31,7 @@ QString inWords(qint64 bytes)
 
 Outcome list(const Invocation &invocation, Context &context)
 {
-    const Outcome readable = CommonTexts::requireEntries();
+    Outcome readable = CommonTexts::requireEntries();
     if (!readable.isDone())
         return readable;
     const QVector<App> apps = AppEntries::installedApps();
@@ -69,7 +69,7 @@ Outcome readSize(Context &context, const QString &package, AppSizeInfo &size)
     if (!AppEntries::isInstalled(package))
         return CommonTexts::notInstalled(package);
     QDBusPendingReply<AppSizeInfo> reply = context.daemon().proxy().getAppSize(package);
-    const Outcome outcome = context.daemon().finish(reply);
+    Outcome outcome = context.daemon().finish(reply);
     if (!outcome.isDone())
         return outcome;
     size = reply.value();
@@ -106,7 +106,7 @@ Outcome requireReachableApp(Context &context, const QString &package)
 
 Outcome size(const Invocation &invocation, Context &context)
 {
-    const Outcome ready = context.requireRunningRuntime();
+    Outcome ready = context.requireRunningRuntime();
     if (!ready.isDone())
         return ready;
 
@@ -192,7 +192,7 @@ Outcome clear(const Invocation &invocation, Context &context, const Clearable &w
         return CommonTexts::badTimeout();
     const QString &package = invocation.arguments.first();
     AppSizeInfo before;
-    const Outcome known = readSizeOfApp(context, package, before);
+    Outcome known = readSizeOfApp(context, package, before);
     if (!known.isDone())
         return known;
     if (what.size == &AppSizeInfo::dataSize && !isConfirmed(invocation, package, before)) {
@@ -220,10 +220,10 @@ Outcome clearData(const Invocation &invocation, Context &context)
 Outcome stopApp(const Invocation &invocation, Context &context)
 {
     const QString &package = invocation.arguments.first();
-    const Outcome ready = requireReachableApp(context, package);
+    Outcome ready = requireReachableApp(context, package);
     if (!ready.isDone())
         return ready;
-    const Outcome taken = context.daemon().finish(context.daemon().proxy().forceStopApp(package));
+    Outcome taken = context.daemon().finish(context.daemon().proxy().forceStopApp(package));
     if (taken.isDone()) {
         context.out().line(QStringLiteral("bramd has taken it: %1 is to stop. “bramctl monitor” "
                                           "shows apps that end.")
@@ -235,7 +235,7 @@ Outcome stopApp(const Invocation &invocation, Context &context)
 Outcome readBoot(Context &context, const QString &package, bool &isAllowed)
 {
     QDBusPendingReply<bool> reply = context.daemon().proxy().getAppStartOnBootup(package);
-    const Outcome outcome = context.daemon().finish(reply);
+    Outcome outcome = context.daemon().finish(reply);
     isAllowed = outcome.isDone() && reply.value();
     return outcome;
 }
@@ -249,17 +249,17 @@ QString bootText(const QString &package, bool isAllowed)
 Outcome boot(const Invocation &invocation, Context &context)
 {
     const QString &package = invocation.arguments.first();
-    const Outcome ready = requireReachableApp(context, package);
+    Outcome ready = requireReachableApp(context, package);
     if (!ready.isDone())
         return ready;
     if (invocation.arguments.size() > 1) {
         const bool wanted = invocation.arguments.last() == QLatin1String("on");
-        const Outcome taken =
+        Outcome taken =
             context.daemon().finish(context.daemon().proxy().setAppStartOnBootup(package, wanted));
         if (!taken.isDone())
             return taken;
         bool isAllowed = false;
-        const Outcome asked = readBoot(context, package, isAllowed);
+        Outcome asked = readBoot(context, package, isAllowed);
         if (!asked.isDone())
             return asked;
         if (isAllowed != wanted) {
@@ -271,7 +271,7 @@ Outcome boot(const Invocation &invocation, Context &context)
     }
 
     bool isAllowed = false;
-    const Outcome asked = readBoot(context, package, isAllowed);
+    Outcome asked = readBoot(context, package, isAllowed);
     if (!asked.isDone())
         return asked;
     context.out().answer(invocation.has(QStringLiteral("--json")),

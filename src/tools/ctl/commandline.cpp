@@ -17,7 +17,7 @@ const Option *findOption(const Command &command, const QString &name)
 QString takeOption(const Command &command, const QStringList &words, int &index,
                    Invocation &invocation)
 {
-    const QString word = words.at(index);
+    const QString &word = words.at(index);
     const int separator = word.indexOf(QLatin1Char('='));
     const QString name = word.left(separator);
     const Option *option = findOption(command, name);

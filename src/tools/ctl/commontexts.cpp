@@ -50,7 +50,7 @@ Outcome requireEntries()
 
 Outcome notInstalled(const QString &packageName)
 {
-    const Outcome readable = requireEntries();
+    Outcome readable = requireEntries();
     if (!readable.isDone())
         return readable;
     return {ExitStatus::Refused,

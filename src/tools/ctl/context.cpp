@@ -90,7 +90,7 @@ Outcome Context::requirePermission() const
 
 Outcome Context::requireStartableRuntime()
 {
-    const Outcome reachable = requireDaemon();
+    Outcome reachable = requireDaemon();
     if (!reachable.isDone())
         return reachable;
     const RuntimeUnit::State state = unit().read();
@@ -99,7 +99,7 @@ Outcome Context::requireStartableRuntime()
 
 Outcome Context::requireRunningRuntime()
 {
-    const Outcome reachable = requireDaemon();
+    Outcome reachable = requireDaemon();
     if (!reachable.isDone())
         return reachable;
     const RuntimeUnit::State state = unit().read();

@@ -19,11 +19,11 @@ namespace {
 Outcome monitor(const Invocation &invocation, Context &context)
 {
     const Interruption interruption; // before the first look at the bus
-    const Outcome reachable = context.requireDaemon();
+    Outcome reachable = context.requireDaemon();
     if (reachable.status == ExitStatus::DaemonUnreachable &&
         context.daemonState() == Context::DaemonState::NoBus)
         return reachable;
-    const Outcome permitted = context.requirePermission();
+    Outcome permitted = context.requirePermission();
     if (!permitted.isDone())
         return permitted;
 

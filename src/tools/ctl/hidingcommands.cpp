@@ -58,7 +58,7 @@ Outcome requireVisibleOnDevice(const QString &package)
 Outcome change(const Invocation &invocation, Context &context, bool hide)
 {
     const QString &package = invocation.arguments.first();
-    const Outcome named = CommonTexts::requirePackageName(package);
+    Outcome named = CommonTexts::requirePackageName(package);
     if (!named.isDone())
         return named;
     if (geteuid() != 0) {
@@ -74,7 +74,7 @@ Outcome change(const Invocation &invocation, Context &context, bool hide)
     const QByteArray content = hide ? BlacklistFile::with(file.content, package)
                                     : BlacklistFile::without(file.content, package);
     if (content == file.content) {
-        const Outcome visible = hide ? Outcome() : requireVisibleOnDevice(package);
+        Outcome visible = hide ? Outcome() : requireVisibleOnDevice(package);
         if (!visible.isDone())
             return visible;
         context.out().line(hide ? QStringLiteral("%1 is on the list already.").arg(package)
@@ -92,7 +92,7 @@ Outcome change(const Invocation &invocation, Context &context, bool hide)
             QStringLiteral("The host knows no app of this name yet; “bramctl list” shows those it "
                            "knows."));
     }
-    const Outcome visible = hide ? Outcome() : requireVisibleOnDevice(package);
+    Outcome visible = hide ? Outcome() : requireVisibleOnDevice(package);
     if (visible.isDone())
         context.out().line(whenItCounts());
     return visible;

@@ -29,7 +29,7 @@ Outcome confirmTaken(Context &context, const Outcome &outcome, const QString &wh
 
 Outcome launch(const Invocation &invocation, Context &context)
 {
-    const Outcome ready = context.requireStartableRuntime();
+    Outcome ready = context.requireStartableRuntime();
     if (!ready.isDone())
         return ready;
     const QString &argument = invocation.arguments.first();
@@ -93,8 +93,8 @@ Outcome intent(const Invocation &invocation, Context &context)
         invocation.value(QStringLiteral("--action")), data.address,
         invocation.value(QStringLiteral("--type")), package, className,
         invocation.value(QStringLiteral("--category")), extras.values);
-    const Outcome taken = confirmTaken(context, context.daemon().finish(call),
-                                       QStringLiteral("the intent goes to the runtime"));
+    Outcome taken = confirmTaken(context, context.daemon().finish(call),
+                                 QStringLiteral("the intent goes to the runtime"));
     // It is no mistake: Android's own parts, such as its settings, have no entries on the host.
     if (taken.isDone() && !package.isEmpty() && !AppEntries::isInstalled(package)) {
         context.out().line(QStringLiteral("The host knows no app %1, but the runtime may; “bramctl "
@@ -106,7 +106,7 @@ Outcome intent(const Invocation &invocation, Context &context)
 
 Outcome openSettings(const Invocation &invocation, Context &context)
 {
-    const Outcome ready = context.requireStartableRuntime();
+    Outcome ready = context.requireStartableRuntime();
     if (!ready.isDone())
         return ready;
     const QString &package = invocation.arguments.first();
@@ -119,7 +119,7 @@ Outcome openSettings(const Invocation &invocation, Context &context)
 
 Outcome licenses(const Invocation &, Context &context)
 {
-    const Outcome ready = context.requireStartableRuntime();
+    Outcome ready = context.requireStartableRuntime();
     if (!ready.isDone())
         return ready;
     return confirmTaken(context, context.daemon().finish(context.daemon().proxy().viewLicenses()),

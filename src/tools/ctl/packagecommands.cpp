@@ -101,7 +101,7 @@ Outcome installOne(const Candidate &candidate, Context &context, bool wait, int 
         return candidate.file.outcome;
     const InstallWatch watch(candidate.file.apk.packageName, candidate.file.apk.versionName);
     QDBusPendingReply<bool> reply = context.daemon().proxy().installFile(candidate.path);
-    const Outcome outcome = context.daemon().finish(reply);
+    Outcome outcome = context.daemon().finish(reply);
     if (!outcome.isDone())
         return outcome;
     if (!reply.value())
@@ -136,7 +136,7 @@ Outcome install(const Invocation &invocation, Context &context)
     const bool anyUsable =
         std::any_of(candidates.cbegin(), candidates.cend(),
                     [](const Candidate &candidate) { return candidate.file.outcome.isDone(); });
-    const Outcome ready = anyUsable ? requireInstaller(context) : Outcome();
+    Outcome ready = anyUsable ? requireInstaller(context) : Outcome();
     if (!ready.isDone())
         return ready;
 
@@ -193,18 +193,18 @@ Outcome remove(const Invocation &invocation, Context &context)
     if (timeoutMs < 0)
         return CommonTexts::badTimeout();
     const QString &package = invocation.arguments.first();
-    const Outcome named = CommonTexts::requirePackageName(package);
+    Outcome named = CommonTexts::requirePackageName(package);
     if (!named.isDone())
         return named;
-    const Outcome ready = context.requireStartableRuntime();
+    Outcome ready = context.requireStartableRuntime();
     if (!ready.isDone())
         return ready;
-    const Outcome listed = requireListed(package);
+    Outcome listed = requireListed(package);
     if (!listed.isDone() && !invocation.has(Unlisted))
         return listed;
 
     QDBusPendingReply<bool> reply = context.daemon().proxy().removeFile(package);
-    const Outcome outcome = context.daemon().finish(reply);
+    Outcome outcome = context.daemon().finish(reply);
     if (!outcome.isDone())
         return outcome;
     if (!reply.value()) {
